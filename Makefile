@@ -1,0 +1,27 @@
+# make demo   builds everything and runs zbctl on the bundled example
+# make test   builds everything and runs every test through CTest
+# SANITIZE=address,undefined or SANITIZE=thread builds into a directory of its own.
+SANITIZE ?=
+BUILD_TYPE ?= RelWithDebInfo
+comma := ,
+BUILD_DIR ?= build$(if $(SANITIZE),-$(subst $(comma),-,$(SANITIZE)))
+JOBS ?= $(shell nproc)
+
+.PHONY: all bootstrap configure build test demo clean
+
+all: build
+
+bootstrap:
+	@scripts/bootstrap
+
+configure: bootstrap
+	@cmake -S . -B $(BUILD_DIR) -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) -DZB_SANITIZE=$(SANITIZE) >/dev/null
+
+build: configure
+	@cmake --build $(BUILD_DIR) -j $(JOBS)
+
+test: build
+	@cd $(BUILD_DIR) && ctest --output-on-failure -j $(JOBS)
+
+clean:
+	rm -rf build build-*

@@ -1,0 +1,26 @@
+# zb_subsystem(NAME DEPS...) builds src/NAME/*.cpp into the static library zb_NAME.
+# Sources are globbed so that adding a class pair needs no edit here.
+function(zb_subsystem name)
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+  if(sources)
+    add_library(zb_${name} STATIC ${sources})
+    target_include_directories(zb_${name} PUBLIC ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
+    target_link_libraries(zb_${name} PUBLIC ${ARGN})
+  else()
+    add_library(zb_${name} INTERFACE)
+    target_include_directories(zb_${name} INTERFACE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
+    target_link_libraries(zb_${name} INTERFACE ${ARGN})
+  endif()
+endfunction()
+
+# zb_test(NAME LIBS...) builds tests/NAME/*.cpp into one gtest binary and registers its cases.
+function(zb_test name)
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${name}/*.cpp)
+  if(NOT sources)
+    return()
+  endif()
+  add_executable(test_${name} ${sources})
+  target_link_libraries(test_${name} PRIVATE ${ARGN} zb_test_support GTest::gmock_main)
+  gtest_discover_tests(test_${name} DISCOVERY_MODE PRE_TEST
+                       PROPERTIES ENVIRONMENT "ZB_TEST_DATA_DIR=${PROJECT_SOURCE_DIR}/tests/data")
+endfunction()

@@ -1,0 +1,303 @@
+#include "log/TesselLog.h"
+
+#include <sys/syscall.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <sstream>
+#include <thread>
+
+#include "log/AndroidLog.h"
+#include "log/StderrLog.h"
+#include "log/StdoutLog.h"
+
+namespace TesselFX {
+
+namespace {
+
+const char* const kTagNames[kTesselLogTagCount] = {
+    "TESSEL_LOG_FXLibrary",      "TESSEL_LOG_FXModule", "TESSEL_LOG_JNI",
+    "TESSEL_LOG_OpenSLES",       "TESSEL_LOG_MediaPlayerJni", "TESSEL_LOG_UnitTest",
+    "TESSEL_LOG_Preset",         "TESSEL_LOG_DspKit",   "TESSEL_LOG_DefaultLog",
+};
+constexpr uint32_t kDefaultLevel = 2;
+constexpr size_t kMessageBufferSize = 1024;
+constexpr size_t kAndroidSlot = 0;
+
+std::string Timestamp() {
+    struct timespec now {};
+    clock_gettime(CLOCK_REALTIME, &now);
+    struct tm local {};
+    localtime_r(&now.tv_sec, &local);
+    char text[32];
+    snprintf(text, sizeof(text), "%02d-%02d %02d:%02d:%02d:%03d", local.tm_mon + 1, local.tm_mday,
+             local.tm_hour, local.tm_min, local.tm_sec, static_cast<int>(now.tv_nsec / 1000000));
+    return text;
+}
+
+}  // namespace
+
+class TesselLogImpl {
+public:
+    TesselLogImpl(TesselLog* owner, bool asynchronous);
+    ~TesselLogImpl();
+
+    void PrintText(uint32_t level, const std::string& tag, const std::string& text);
+    bool SetLogLevel(const char* tagName, uint32_t level, bool force);
+    bool SetLogOutput(const char* outputName, bool enable, bool force);
+    bool LoadFromIniFile(const std::string& text);
+    void WaitForInit();
+    std::shared_ptr<TesselLogInterface> ReplaceOutput(size_t slot,
+                                                      std::shared_ptr<TesselLogInterface> output);
+    void RefreshOutputFlags();
+
+private:
+    void LoadIni();
+    bool LoadFile(const char* path);
+
+    std::shared_ptr<TesselLogInterface> m_outputs[kTesselLogOutputSlots];
+    TesselLog* m_owner;
+    std::atomic<bool> m_anyOutput{false};
+    std::atomic<bool> m_androidOnly{false};
+    std::thread m_loaderThread;
+    std::atomic<bool> m_initDone{false};
+    bool m_asynchronous;
+};
+
+TesselLogImpl::TesselLogImpl(TesselLog* owner, bool asynchronous)
+    : m_owner(owner), m_asynchronous(asynchronous) {
+    for (auto& level : m_owner->levels) level.store(kDefaultLevel, std::memory_order_relaxed);
+    m_outputs[0] = std::make_shared<AndroidLog>();
+    m_outputs[0]->SetOutputEnabled("ANDROID_LOG", true);
+    m_outputs[2] = std::make_shared<StdoutLog>();
+    m_outputs[3] = std::make_shared<StderrLog>();
+    RefreshOutputFlags();
+    if (m_asynchronous) {
+        m_initDone = false;
+        m_loaderThread = std::thread([this] {
+            LoadIni();
+            m_initDone = true;
+        });
+    } else {
+        m_initDone = true;
+    }
+}
+
+TesselLogImpl::~TesselLogImpl() {
+    if (m_loaderThread.joinable()) m_loaderThread.join();
+    for (size_t slot = kTesselLogOutputSlots; slot-- > 0;) m_outputs[slot].reset();
+}
+
+void TesselLogImpl::WaitForInit() {
+    while (!m_initDone) std::this_thread::yield();
+}
+
+void TesselLogImpl::PrintText(uint32_t level, const std::string& tag, const std::string& text) {
+    if (!m_anyOutput) return;
+    std::string timestamp;
+    uint32_t pid = 0;
+    uint32_t tid = 0;
+    if (!m_androidOnly) {
+        timestamp = Timestamp();
+        pid = static_cast<uint32_t>(getpid());
+        tid = static_cast<uint32_t>(syscall(SYS_gettid));
+    }
+    for (auto& output : m_outputs) {
+        if (output && output->IsEnabled()) output->Print(timestamp, pid, tid, level, tag, text);
+    }
+}
+
+bool TesselLogImpl::SetLogLevel(const char* tagName, uint32_t level, bool force) {
+    if (!m_initDone && !force) {
+        PrintText(3, kTagNames[TESSEL_LOG_FXModule],
+                  "Init did not finish. Please wait for a while to call SetLogLevel again");
+        return false;
+    }
+    if (tagName == nullptr) {
+        PrintText(3, kTagNames[TESSEL_LOG_FXModule], "TesselLogImpl::SetLogLevel szTagName is NULL");
+        return false;
+    }
+    if (level >= 5) {
+        PrintText(3, kTagNames[TESSEL_LOG_FXModule],
+                  std::string("TesselLogImpl::SetLogLevel") + tagName + " : log level " +
+                      std::to_string(level) + " is not valid");
+        return false;
+    }
+    if (strcmp(tagName, "TESSEL_LOG_ALL") == 0) {
+        for (auto& each : m_owner->levels) each.store(level, std::memory_order_relaxed);
+        return true;
+    }
+    for (size_t i = 0; i < kTesselLogTagCount; ++i) {
+        if (strcmp(tagName, kTagNames[i]) == 0) {
+            m_owner->levels[i].store(level, std::memory_order_relaxed);
+            return true;
+        }
+    }
+    PrintText(3, kTagNames[TESSEL_LOG_FXModule],
+              std::string("TesselLogImpl::SetLogLevel can't find log tag") + tagName);
+    return false;
+}
+
+bool TesselLogImpl::SetLogOutput(const char* outputName, bool enable, bool force) {
+    if (!m_initDone && !force) {
+        PrintText(3, kTagNames[TESSEL_LOG_FXModule],
+                  "Init did not finish. Please wait for a while to call SetLogOutput again");
+        return false;
+    }
+    if (outputName == nullptr) {
+        PrintText(3, kTagNames[TESSEL_LOG_FXModule],
+                  "TesselLogImpl::SetLogOutput szOutputName is NULL");
+        return false;
+    }
+    bool found = false;
+    for (auto& output : m_outputs) {
+        if (output && output->SetOutputEnabled(outputName, enable)) {
+            found = true;
+            break;
+        }
+    }
+    if (!found) {
+        PrintText(3, kTagNames[TESSEL_LOG_FXModule],
+                  std::string("TesselLogImpl::SetLogOutput can't find log output ") + outputName);
+        return false;
+    }
+    RefreshOutputFlags();
+    return true;
+}
+
+void TesselLogImpl::RefreshOutputFlags() {
+    bool any = false;
+    bool othersOff = true;
+    for (size_t slot = 0; slot < kTesselLogOutputSlots; ++slot) {
+        const bool on = m_outputs[slot] && m_outputs[slot]->IsEnabled();
+        any = any || on;
+        if (slot != kAndroidSlot && on) othersOff = false;
+    }
+    m_anyOutput = any;
+    m_androidOnly = m_outputs[kAndroidSlot] && m_outputs[kAndroidSlot]->IsEnabled() && othersOff;
+}
+
+std::shared_ptr<TesselLogInterface> TesselLogImpl::ReplaceOutput(
+    size_t slot, std::shared_ptr<TesselLogInterface> output) {
+    if (slot >= kTesselLogOutputSlots) return nullptr;
+    auto previous = std::move(m_outputs[slot]);
+    m_outputs[slot] = std::move(output);
+    RefreshOutputFlags();
+    return previous;
+}
+
+bool TesselLogImpl::LoadFromIniFile(const std::string& text) {
+    enum class Section { kNone, kTags, kOutputs } section = Section::kNone;
+    std::istringstream lines(text);
+    std::string line;
+    while (std::getline(lines, line)) {
+        const size_t first = line.find_first_not_of(" \t");
+        if (first == std::string::npos) continue;
+        const size_t last = line.find_last_not_of(" \t\r\n");
+        line = line.substr(first, last - first + 1);
+        if (line.empty() || line[0] == '#' || line[0] == ';') continue;
+        if (line.front() == '[' && line.back() == ']') {
+            const std::string name = line.substr(1, line.size() - 2);
+            section = name == "TesselLogTag"      ? Section::kTags
+                      : name == "TesselLogOutput" ? Section::kOutputs
+                                                  : Section::kNone;
+            continue;
+        }
+        if (section == Section::kNone) continue;
+        const size_t equals = line.find('=');
+        const std::string name = line.substr(0, equals);
+        std::istringstream valueStream(equals == std::string::npos ? std::string()
+                                                                   : line.substr(equals + 1));
+        int value = 0;
+        if (!(valueStream >> value)) {
+            PrintText(3, kTagNames[TESSEL_LOG_FXModule],
+                      "TesselLogImpl::LoadFromIniFile invalid argument " + line);
+            continue;
+        }
+        if (section == Section::kTags) {
+            SetLogLevel(name.c_str(), static_cast<uint32_t>(value), true);
+        } else {
+            SetLogOutput(name.c_str(), value == 1, true);
+        }
+    }
+    return true;
+}
+
+bool TesselLogImpl::LoadFile(const char* path) {
+    FILE* file = fopen(path, "rbe");
+    if (file == nullptr) return false;
+    std::string text;
+    char chunk[4096];
+    size_t got;
+    while ((got = fread(chunk, 1, sizeof(chunk), file)) > 0) text.append(chunk, got);
+    fclose(file);
+    return LoadFromIniFile(text);
+}
+
+void TesselLogImpl::LoadIni() {
+    static const char* const kPaths[] = {"/vendor/etc/zorb_conf.ini", "/system/etc/zorb_conf.ini"};
+    std::string source;
+    for (const char* path : kPaths) {
+        if (LoadFile(path)) {
+            source = std::string("TesselLog::TesselLog LoadIni succeed from ") + path;
+            break;
+        }
+    }
+    if (source.empty()) {
+        static const char kEmpty[] = "";
+        LoadFromIniFile(kEmpty);
+        source = "TesselLog::TesselLog LoadIni from memory";
+    }
+    if (m_owner->levels[TESSEL_LOG_FXModule].load(std::memory_order_relaxed) == 0 &&
+        m_outputs[kAndroidSlot]) {
+        m_outputs[kAndroidSlot]->Print("", 0, 0, 0, kTagNames[TESSEL_LOG_FXModule], source);
+    }
+}
+
+TesselLog& TesselLog::Get() {
+    static TesselLog instance(true);
+    return instance;
+}
+
+TesselLog::TesselLog(bool asynchronous) {
+    m_impl = std::make_shared<TesselLogImpl>(this, asynchronous);
+}
+
+TesselLog::~TesselLog() { m_impl.reset(); }
+
+bool TesselLog::SetLogLevel(const char* tagName, uint32_t level) {
+    return m_impl->SetLogLevel(tagName, level, false);
+}
+
+bool TesselLog::SetLogOutput(const char* outputName, bool enable) {
+    return m_impl->SetLogOutput(outputName, enable, false);
+}
+
+void TesselLog::Print(uint32_t level, const char* tag, const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    PrintV(level, tag, format, args);
+    va_end(args);
+}
+
+void TesselLog::PrintV(uint32_t level, const char* tag, const char* format, va_list args) {
+    if (level > 4 || format == nullptr) return;
+    char message[kMessageBufferSize];
+    vsnprintf(message, sizeof(message), format, args);
+    m_impl->PrintText(level, tag != nullptr ? tag : "", message);
+}
+
+void TesselLog::WaitForInit() { m_impl->WaitForInit(); }
+
+bool TesselLog::LoadFromIniText(const std::string& text) { return m_impl->LoadFromIniFile(text); }
+
+std::shared_ptr<TesselLogInterface> TesselLog::ReplaceOutput(
+    size_t slot, std::shared_ptr<TesselLogInterface> output) {
+    return m_impl->ReplaceOutput(slot, std::move(output));
+}
+
+void TesselLog::RefreshOutputFlags() { m_impl->RefreshOutputFlags(); }
+
+}  // namespace TesselFX

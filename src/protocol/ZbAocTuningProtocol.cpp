@@ -10,8 +10,8 @@ const char* const kDspInstanceKey = "dsp_instance";
 const char* const kTesselDataKey = "tessel_data";
 
 std::vector<char> BuildHeader(uint32_t instance) {
-    const std::string header = std::string(kDspInstanceKey) + "=" + std::to_string(instance) +
-                               ";" + kTesselDataKey + "=";
+    const std::string header =
+        std::string(kDspInstanceKey) + "=" + std::to_string(instance) + ";" + kTesselDataKey + "=";
     return std::vector<char>(header.begin(), header.end());
 }
 

@@ -1,0 +1,113 @@
+#include "control/Hifi3zControlHandler.h"
+
+#include <vector>
+
+#include "log/TesselLog.h"
+
+namespace TesselFX {
+
+namespace {
+
+constexpr const char* kNoGeneratorText = "m_pSetParameterArrayBufferGeneratorV2 should not be null";
+
+}  // namespace
+
+Hifi3zControlHandler::Hifi3zControlHandler(
+    const std::shared_ptr<IDspBufferSender>& dspBufferSender,
+    const std::shared_ptr<IControlDescription>& controlDescription,
+    const std::shared_ptr<IPresetSet>& presetSet,
+    const std::shared_ptr<IVolumePolicy>& volumePolicy,
+    const std::shared_ptr<IVolumeTableHelper>& volumeTableHelper,
+    const std::shared_ptr<OrientationPolicy>& orientationPolicy,
+    const std::shared_ptr<IControlBufferGenerator>& generator,
+    const std::shared_ptr<IReplyBufferParser>& parser,
+    const std::shared_ptr<IMasterValueConverter>& masterValueConverter)
+    : ControlHandler(dspBufferSender, controlDescription, presetSet, volumePolicy,
+                     volumeTableHelper, orientationPolicy, generator, parser, masterValueConverter),
+      m_pSetParameterArrayBufferGeneratorV2(
+          std::dynamic_pointer_cast<ISetParameterArrayBufferGeneratorV2>(generator)) {
+    PrimeParameterGenerator();
+}
+
+Hifi3zControlHandler::~Hifi3zControlHandler() = default;
+
+void Hifi3zControlHandler::PrimeParameterGenerator() {
+    if (!m_pSetParameterArrayBufferGeneratorV2) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s", kNoGeneratorText);
+        return;
+    }
+    std::map<unsigned int, double> parameters;
+    if (!GetParametersArray(parameters)) {
+        return;
+    }
+    std::vector<std::vector<char>> discarded;
+    m_pSetParameterArrayBufferGeneratorV2->MakeSetParameterArrayBufferV2(discarded, parameters,
+                                                                         false);
+}
+
+double Hifi3zControlHandler::GetEnableBypassParameterValue() {
+    return GetBypass() || !GetEnable() ? 1.0 : 0.0;
+}
+
+bool Hifi3zControlHandler::SendEnableBypassParameter() {
+    const std::map<unsigned int, double> parameters{
+        {kEnableBypassParameter, GetEnableBypassParameterValue()}};
+    return SetParametersArrayCommandImpl(parameters, false);
+}
+
+void Hifi3zControlHandler::MergeEnableBypassParameter(std::map<unsigned int, double>& parameters) {
+    auto found = parameters.find(kEnableBypassParameter);
+    if (found != parameters.end() && found->second == 0.0) {
+        found->second = GetEnableBypassParameterValue();
+    }
+}
+
+bool Hifi3zControlHandler::SendEnable(bool) { return SendEnableBypassParameter(); }
+
+bool Hifi3zControlHandler::SendBypass(bool) { return SendEnableBypassParameter(); }
+
+bool Hifi3zControlHandler::SetParametersArrayCommandImpl(
+    const std::map<unsigned int, double>& parameters, bool) {
+    TESSEL_LOG(1, TESSEL_LOG_FXModule, "%s SetParametersArrayCommandImpl num_parameters = %u",
+               GetDescriptionString().c_str(), static_cast<unsigned int>(parameters.size()));
+    if (m_waitingForFlush) {
+        return true;
+    }
+    if (!m_pSetParameterArrayBufferGeneratorV2) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s", kNoGeneratorText);
+        return false;
+    }
+    std::map<unsigned int, double> merged = parameters;
+    MergeEnableBypassParameter(merged);
+    std::vector<std::vector<char>> buffers;
+    if (m_pSetParameterArrayBufferGeneratorV2->MakeSetParameterArrayBufferV2(
+            buffers, merged, m_parametersSent) != kStatusOk) {
+        return false;
+    }
+    const std::shared_ptr<CommonSettings> settings = m_controlDescription->GetSettings();
+    for (const std::vector<char>& buffer : buffers) {
+        if (!m_dspBufferSender->Send(settings, buffer)) {
+            TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "SendBufferToDsp fail");
+            return false;
+        }
+    }
+    m_parametersSent = true;
+    return true;
+}
+
+bool Hifi3zControlHandler::OnDspWakeUp() {
+    m_parametersSent = false;
+    return m_waitingForFlush || FlushAllSettingsToDsp();
+}
+
+bool Hifi3zControlHandler::FlushAllSettingsToDsp() {
+    SetCurrentPreset();
+    return true;
+}
+
+std::string Hifi3zControlHandler::GetDescriptionString() const {
+    return "Hifi3zControlHandler[sm=" + std::to_string(m_soundMode) +
+           ";om=" + std::to_string(m_outputMode) + ";" + m_description + "] :";
+}
+
+}  // namespace TesselFX

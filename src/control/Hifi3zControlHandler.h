@@ -1,0 +1,59 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "control/ControlHandler.h"
+#include "dsp/ISetParameterArrayBufferGeneratorV2.h"
+
+namespace TesselFX {
+
+/// The control handler of an effect on a HiFi 3z DSP. Enable and bypass are no control
+/// messages here but parameter 1 of the parameter stream (1.0 passes audio unprocessed).
+/// Parameters go out through a differential generator: it is primed with the full parameter
+/// set at construction, the first send after construction or a DSP wake-up carries every
+/// block, later sends only the blocks that changed. No lock: every call comes under the
+/// control manager's lock.
+class Hifi3zControlHandler : public ControlHandler {
+  public:
+    /// The parameter that carries enable and bypass.
+    static constexpr unsigned int kEnableBypassParameter = 1;
+
+    Hifi3zControlHandler(const std::shared_ptr<IDspBufferSender>& dspBufferSender,
+                         const std::shared_ptr<IControlDescription>& controlDescription,
+                         const std::shared_ptr<IPresetSet>& presetSet,
+                         const std::shared_ptr<IVolumePolicy>& volumePolicy,
+                         const std::shared_ptr<IVolumeTableHelper>& volumeTableHelper,
+                         const std::shared_ptr<OrientationPolicy>& orientationPolicy,
+                         const std::shared_ptr<IControlBufferGenerator>& generator,
+                         const std::shared_ptr<IReplyBufferParser>& parser,
+                         const std::shared_ptr<IMasterValueConverter>& masterValueConverter);
+    ~Hifi3zControlHandler() override;
+
+    /// Only the current preset: enable and bypass travel inside it.
+    bool FlushAllSettingsToDsp() override;
+    /// The DSP lost its state: the next send is a full one, now unless waiting for a flush.
+    bool OnDspWakeUp() override;
+    std::string GetDescriptionString() const override;
+    bool SendEnable(bool enable) override;
+    bool SendBypass(bool bypass) override;
+    bool SetParametersArrayCommandImpl(const std::map<unsigned int, double>& parameters,
+                                       bool flag) override;
+
+    /// Sends parameter 1 alone with the value of GetEnableBypassParameterValue.
+    virtual bool SendEnableBypassParameter();
+    /// 1.0 when bypassed or disabled, else 0.0.
+    virtual double GetEnableBypassParameterValue();
+    /// Sets parameter 1 to the handler's state only where the preset has it at exactly 0.0:
+    /// a preset that bypasses stays bypassed whatever the handler says.
+    virtual void MergeEnableBypassParameter(std::map<unsigned int, double>& parameters);
+    /// Gives the generator the current parameters as its baseline without sending anything.
+    virtual void PrimeParameterGenerator();
+
+  protected:
+    std::shared_ptr<ISetParameterArrayBufferGeneratorV2> m_pSetParameterArrayBufferGeneratorV2;
+    bool m_parametersSent = false;
+};
+
+}  // namespace TesselFX

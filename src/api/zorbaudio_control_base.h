@@ -1,0 +1,13 @@
+#pragma once
+
+namespace TesselFX {
+
+/// Makes a control object (a HalControlManager without a command parser yet, so that tuning
+/// commands fail) and writes its address to *handle. False only for a null handle pointer.
+bool zorbaudio_create(void** handle);
+
+/// Deletes the control object *handle through its virtual destructor; a null pointer or a
+/// null handle does nothing. The caller's variable is left as it is.
+void zorbaudio_destroy(void** handle);
+
+}  // namespace TesselFX

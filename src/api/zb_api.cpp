@@ -8,6 +8,8 @@
 #include <string>
 
 #include "api/ZbApiCallbacks.h"
+#include "api/zorbaudio_control_Hifi3z.h"
+#include "api/zorbaudio_control_base.h"
 #include "config/ZorbAudioSettings.h"
 #include "control/HalControlManager.h"
 #include "log/TesselLog.h"
@@ -170,7 +172,13 @@ int zb_create(void** handle, void* context) {
         TesselFX::RejectNull("zb_create", "handle");
         return 0;
     }
-    auto manager = std::make_shared<HalControlManager>(nullptr);
+    void* object = nullptr;
+    TesselFX::zorbaudio_create(&object);
+    std::shared_ptr<HalControlManager> manager(static_cast<HalControlManager*>(object),
+                                               [](HalControlManager* doomed) {
+                                                   void* value = doomed;
+                                                   TesselFX::zorbaudio_destroy(&value);
+                                               });
     TesselFX::HandleEntry& entry = Table().entries[TesselFX::HandleKey(manager.get())];
     entry.manager = manager;
     entry.context = context;
@@ -186,15 +194,19 @@ void zb_destroy(void** handle) {
     }
 }
 
-int zb_initialize(void* handle, const char*, const char*, const char*, buffer_sender sender) {
+int zb_initialize(void* handle, const char* systemPresetPath, const char* userPresetPath,
+                  const char* configPath, buffer_sender sender) {
     std::lock_guard<std::recursive_mutex> lock(Table().mutex);
     TesselFX::HandleEntry* entry = TesselFX::FindEntry(handle);
     if (entry == nullptr) {
         return 0;
     }
     entry->sender = sender;
-    TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s is not available", "zorbaudio_initialize");
-    return 0;
+    std::shared_ptr<HalControlManager> manager = entry->manager;
+    return TesselFX::zorbaudio_initialize(manager.get(), systemPresetPath, userPresetPath,
+                                          configPath, TesselFX::SendBufferTrampoline)
+               ? 1
+               : 0;
 }
 
 int zb_set_enable(void* handle, uint32_t instance, int enable) {

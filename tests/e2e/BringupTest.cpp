@@ -1,0 +1,369 @@
+// Bring-up and the road from an exported call to the frames at buffer_sender, through the real
+// shared library and the stand-in DSP library. The stand-in turns parameter p into a coefficient
+// block of id 4096 + p / 16 that carries sixteen floats, the inputs p / 16 * 16 to p / 16 * 16 +
+// 15; a block is u32 id, u32 16, then the floats.
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "BringupFiles.h"
+#include "zbhalcontroller/zb_api.h"
+
+namespace bringup_test {
+namespace {
+
+struct Sent {
+    void* handle;
+    uint32_t instance;
+    std::string bytes;
+    bool withReply;
+    uint32_t replyRoom;
+};
+
+/// The host side: records every buffer and answers a request that wants a reply with
+/// versionReply.
+struct Host {
+    std::vector<Sent> sent;
+    std::string versionReply;
+};
+
+int RecordingSender(void* handle, uint32_t instance, const void* data, uint32_t size, void* reply,
+                    uint32_t* replySize, void* context) {
+    Host* host = static_cast<Host*>(context);
+    host->sent.push_back({handle, instance, std::string(static_cast<const char*>(data), size),
+                          reply != nullptr, replySize != nullptr ? *replySize : 0});
+    if (reply != nullptr) {
+        if (replySize == nullptr || *replySize < host->versionReply.size()) return -1;
+        std::memcpy(reply, host->versionReply.data(), host->versionReply.size());
+        *replySize = static_cast<uint32_t>(host->versionReply.size());
+    }
+    return 0;
+}
+
+/// A coefficient block of the stand-in library: id, 16, then the inputs of its group.
+std::string Block(uint32_t id, const std::map<unsigned, float>& inputs) {
+    std::string out;
+    PutU32(out, id);
+    PutU32(out, 16);
+    for (unsigned i = 0; i < 16; ++i) {
+        auto found = inputs.find(i);
+        PutF32(out, found == inputs.end() ? 0.0f : found->second);
+    }
+    return out;
+}
+
+/// A set-coefficients frame: opcode 1, payload length, the blocks.
+std::string Frame(const std::vector<std::string>& blocks) {
+    std::string payload;
+    for (const std::string& block : blocks) payload += block;
+    std::string out;
+    PutU32(out, 1);
+    PutU32(out, static_cast<uint32_t>(payload.size()));
+    return out + payload;
+}
+
+PresetRecord Preset(uint32_t om, uint32_t sm, uint32_t mask, uint32_t priority,
+                    std::map<unsigned, double> parameters) {
+    PresetRecord record;
+    record.outputMode = om;
+    record.soundMode = sm;
+    record.subtypeMask = mask;
+    record.priority = priority;
+    record.name = "p" + std::to_string(om) + std::to_string(sm) + std::to_string(mask);
+    record.parameters = std::move(parameters);
+    return record;
+}
+
+/// Music (1,1) with two sub presets, Movie (1,2), Game (2,1) with parameter 1 at 0.5, Big (3,1)
+/// with 300 blocks, Laws (4,1) where source 0 drives parameter 1038.
+std::string SystemPresets() {
+    std::map<unsigned, double> big;
+    for (unsigned g = 0; g < 300; ++g) big[1006 + 16 * g] = g + 1.0;
+    PresetRecord laws = Preset(4, 1, 0, 0, {{1, 0.0}, {1038, 0.5}, {2821, 1.0}});
+    laws.chunks[1] = LinkLaw(0, 1038, {{0.0f, 0.0f}, {1000.0f, 1000.0f}});
+    return PresetFile({Preset(1, 1, 0, 0, {{1, 0.0}, {1006, 1.0}, {1022, 2.0}}),
+                       Preset(1, 1, 2, 1, {{1022, 5.0}}), Preset(1, 1, 4, 2, {{1006, 7.0}}),
+                       Preset(1, 2, 0, 0, {{1, 0.0}, {1054, 9.0}}),
+                       Preset(2, 1, 0, 0, {{1, 0.5}, {1070, 3.0}}), Preset(3, 1, 0, 0, big), laws});
+}
+
+std::string Config(const std::string& controls, const std::string& dspKitPath = DSPKIT_SIM_PATH) {
+    return "[HAL_SUPPORTED_SAMPLE_RATES]\nrates=48000\n"
+           "[HAL_VOLUME_SUBTYPES]\nmusicVol=-20:1,0:NULL\n"
+           "[HAL_ORIENTATION_SUBTYPES]\nmusicOrient=90:2,0:DEFAULT_ANGLE\n"
+           "[HAL_VOLUME_PRIORITY]\nAUDIO_STREAM_MUSIC=VOLUME_PRIORITY_HIGH\n"
+           "[HAL_SUPPORTED_PRESETS]\nMusic=OM:1,SM:1,VST:musicVol,OST:musicOrient\n"
+           "Movie=OM:1,SM:2\nGame=OM:2,SM:1\nBig=OM:3,SM:1\nLaws=OM:4,SM:1\n"
+           "[HAL_SUPPORTED_CONTROLS]\n" +
+           controls +
+           "\n"
+           "[COEFS_CONVERTER_SETTING]\nDspKitPath64=" +
+           dspKitPath + "\n";
+}
+
+const char* const kSpeaker = "Speaker=DEV:2,SR:rates,PRESET:Music|Movie|Game|Big|Laws,INSTANCE:1";
+
+class BringupTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        m_presetPath = m_dir.Write("system.zps", SystemPresets());
+        m_configPath = m_dir.Write("hal.ini", Config(kSpeaker));
+        ASSERT_EQ(zb_create(&m_handle, &m_host), 1);
+    }
+    void TearDown() override { zb_destroy(&m_handle); }
+
+    int Init(const std::string& configPath, buffer_sender sender = RecordingSender) {
+        return zb_initialize(m_handle, m_presetPath.c_str(), "", configPath.c_str(), sender);
+    }
+    int Init() { return Init(m_configPath); }
+
+    /// The buffers sent since the last call, for instance 1 and this handle.
+    std::vector<std::string> Take(uint32_t instance = 1) {
+        std::vector<std::string> out;
+        for (const Sent& sent : m_host.sent) {
+            EXPECT_EQ(sent.handle, m_handle);
+            EXPECT_EQ(sent.instance, instance);
+            EXPECT_FALSE(sent.withReply);
+            out.push_back(sent.bytes);
+        }
+        m_host.sent.clear();
+        return out;
+    }
+
+    TempDir m_dir;
+    Host m_host;
+    void* m_handle = nullptr;
+    std::string m_presetPath;
+    std::string m_configPath;
+};
+
+using Frames = std::vector<std::string>;
+
+TEST_F(BringupTest, FirstFramesAfterSetActiveThenOnlyChangesThenEverythingAfterWakeUp) {
+    ASSERT_EQ(Init(), 1);
+    EXPECT_TRUE(Take().empty());
+
+    // The first preset of the control is already current: nothing to send.
+    ASSERT_EQ(zb_set_active(m_handle, 1, 1, 1), 1);
+    EXPECT_TRUE(Take().empty());
+
+    // The first send is full: every block known so far, from the primed preset too.
+    ASSERT_EQ(zb_set_active(m_handle, 1, 1, 2), 1);
+    EXPECT_EQ(Take(), Frames{Frame({Block(4096, {{1, 0.0f}}), Block(4158, {{14, 1.0f}}),
+                                    Block(4159, {{14, 2.0f}}), Block(4161, {{14, 9.0f}})})});
+
+    ASSERT_EQ(zb_set_parameter(m_handle, 1, 1054, 4.0), 1);
+    EXPECT_EQ(Take(), Frames{Frame({Block(4161, {{14, 4.0f}})})});
+
+    ASSERT_EQ(zb_set_parameter(m_handle, 1, 1054, 4.0), 1);
+    EXPECT_TRUE(Take().empty());
+
+    const uint32_t ids[] = {1054, 1086, 1086};
+    const double values[] = {4.0, 5.0, 6.0};
+    ASSERT_EQ(zb_set_parameters_array(m_handle, 1, 3, ids, values), 1);
+    EXPECT_EQ(Take(), Frames{Frame({Block(4163, {{14, 6.0f}})})});
+
+    ASSERT_EQ(zb_on_dsp_wakeup(m_handle, 1), 1);
+    EXPECT_EQ(Take(), Frames{Frame({Block(4096, {{1, 0.0f}}), Block(4158, {{14, 1.0f}}),
+                                    Block(4159, {{14, 2.0f}}), Block(4161, {{14, 4.0f}}),
+                                    Block(4163, {{14, 6.0f}})})});
+}
+
+TEST_F(BringupTest, EnableAndBypassTravelAsParameterOne) {
+    ASSERT_EQ(Init(), 1);
+    ASSERT_EQ(zb_set_active(m_handle, 1, 1, 2), 1);
+    Take();
+
+    ASSERT_EQ(zb_set_enable(m_handle, 1, 0), 1);
+    EXPECT_EQ(Take(), Frames{Frame({Block(4096, {{1, 1.0f}})})});
+    // Disabled or bypassed both mean 1.0: nothing changes on the wire.
+    ASSERT_EQ(zb_set_bypass(m_handle, 1, 1), 1);
+    ASSERT_EQ(zb_set_enable(m_handle, 1, 3), 1);
+    EXPECT_TRUE(Take().empty());
+    ASSERT_EQ(zb_set_bypass(m_handle, 1, 2), 1);  // only bit 0 counts
+    EXPECT_EQ(Take(), Frames{Frame({Block(4096, {{1, 0.0f}})})});
+
+    // A preset that holds parameter 1 at 0.5 keeps it in every full send.
+    ASSERT_EQ(zb_set_enable(m_handle, 1, 0), 1);
+    Take();
+    ASSERT_EQ(zb_set_active(m_handle, 1, 2, 1), 1);
+    EXPECT_EQ(Take(), Frames{Frame({Block(4096, {{1, 0.5f}}), Block(4162, {{14, 3.0f}})})});
+    ASSERT_EQ(zb_set_enable(m_handle, 1, 1), 1);
+    EXPECT_EQ(Take(), Frames{Frame({Block(4096, {{1, 0.0f}})})});
+    ASSERT_EQ(zb_on_dsp_wakeup(m_handle, 1), 1);
+    EXPECT_EQ(Take(), Frames{Frame({Block(4096, {{1, 0.5f}}), Block(4158, {{14, 1.0f}}),
+                                    Block(4159, {{14, 2.0f}}), Block(4161, {{14, 9.0f}}),
+                                    Block(4162, {{14, 3.0f}})})});
+}
+
+TEST_F(BringupTest, FramesStayWithin16000BytesInAscendingCoefficientId) {
+    ASSERT_EQ(Init(), 1);
+    ASSERT_EQ(zb_set_active(m_handle, 1, 3, 1), 1);
+    // 301 blocks of 72 bytes: 222 fill 15984 of the 15992 payload bytes of a frame.
+    std::vector<std::string> first{Block(4096, {{1, 0.0f}})};
+    std::vector<std::string> second;
+    for (unsigned g = 0; g < 300; ++g) {
+        (g < 221 ? first : second).push_back(Block(4158 + g, {{14, g + 1.0f}}));
+    }
+    const Frames frames = Take();
+    ASSERT_EQ(frames.size(), 2u);
+    EXPECT_EQ(frames[0].size(), 15992u);
+    EXPECT_EQ(frames[1].size(), 8u + 79 * 72);
+    EXPECT_EQ(frames, (Frames{Frame(first), Frame(second)}));
+}
+
+TEST_F(BringupTest, VolumeAndOrientationSelectSubPresets) {
+    ASSERT_EQ(Init(), 1);
+    // 0.05 is -26 dB: the -20 dB entry, subtype 1, which sets 1022 to 5.
+    ASSERT_EQ(zb_set_volume(m_handle, 1, 0.05), 1);
+    EXPECT_EQ(Take(), Frames{Frame({Block(4096, {{1, 0.0f}}), Block(4158, {{14, 1.0f}}),
+                                    Block(4159, {{14, 5.0f}})})});
+    // 90 degrees is subtype 2, which sets 1006 to 7.
+    ASSERT_EQ(zb_set_orientation(m_handle, 1, 90), 1);
+    EXPECT_EQ(Take(), Frames{Frame({Block(4158, {{14, 7.0f}})})});
+    ASSERT_EQ(zb_set_volume(m_handle, 1, 1.0), 1);
+    EXPECT_EQ(Take(), Frames{Frame({Block(4159, {{14, 2.0f}})})});
+    ASSERT_EQ(zb_set_orientation(m_handle, 1, 45), 1);
+    EXPECT_EQ(Take(), Frames{Frame({Block(4158, {{14, 1.0f}})})});
+    ASSERT_EQ(zb_set_orientation(m_handle, 1, 46), 1);
+    EXPECT_TRUE(Take().empty());
+}
+
+TEST_F(BringupTest, LinkLawMovesItsTargetWithTheVolume) {
+    ASSERT_EQ(Init(), 1);
+    ASSERT_EQ(zb_set_active(m_handle, 1, 4, 1), 1);
+    EXPECT_EQ(Take(), Frames{Frame({Block(4096, {{1, 0.0f}}), Block(4158, {{14, 1.0f}}),
+                                    Block(4159, {{14, 2.0f}}), Block(4160, {{14, 0.5f}}),
+                                    Block(4272, {{5, 1.0f}})})});
+    // -26 dB is master value 72.9 (parameter 2800), 729 on the law's scale of tenths.
+    ASSERT_EQ(zb_set_volume(m_handle, 1, 0.05), 1);
+    EXPECT_EQ(Take(), Frames{Frame({Block(4160, {{14, 729.0f}}), Block(4271, {{0, 72.9f}})})});
+    ASSERT_EQ(zb_set_volume(m_handle, 1, 1.0), 1);
+    EXPECT_EQ(Take(), Frames{Frame({Block(4160, {{14, 1000.0f}}), Block(4271, {{0, 100.0f}})})});
+}
+
+TEST_F(BringupTest, WaitForFlushKeepsChangesAndFlushSendsThemOnce) {
+    ASSERT_EQ(Init(), 1);
+    ASSERT_EQ(zb_set_active(m_handle, 1, 1, 2), 1);
+    Take();
+    ASSERT_EQ(zb_wait_for_flush(m_handle, 1), 1);
+    ASSERT_EQ(zb_set_enable(m_handle, 1, 0), 1);
+    ASSERT_EQ(zb_set_parameter(m_handle, 1, 1054, 4.0), 1);
+    ASSERT_EQ(zb_on_dsp_wakeup(m_handle, 1), 1);
+    EXPECT_TRUE(Take().empty());
+
+    ASSERT_EQ(zb_flush(m_handle, 1), 1);
+    EXPECT_EQ(Take(), Frames{Frame({Block(4096, {{1, 1.0f}}), Block(4158, {{14, 1.0f}}),
+                                    Block(4159, {{14, 2.0f}}), Block(4161, {{14, 4.0f}})})});
+    EXPECT_EQ(zb_flush(m_handle, 1), 0);
+    EXPECT_TRUE(Take().empty());
+}
+
+TEST_F(BringupTest, VersionsOfDspDspKitAndLibrary) {
+    ASSERT_EQ(Init(), 1);
+    char text[64] = {};
+    ASSERT_EQ(zb_get_version(m_handle, 1, "halcontroller", text, sizeof(text)), 1);
+    EXPECT_STREQ(text, "1.553.0.0");
+    ASSERT_EQ(zb_get_version(m_handle, 1, "dspkit", text, sizeof(text)), 1);
+    EXPECT_STREQ(text, "DspKitSim 1.00 stand-in");
+
+    m_host.versionReply = std::string("\x06\x00\x00\x00\x04\x00\x00\x00v2.1", 12);
+    ASSERT_EQ(zb_get_version(m_handle, 1, "dsp", text, sizeof(text)), 1);
+    EXPECT_STREQ(text, "v2.1");
+    ASSERT_EQ(m_host.sent.size(), 1u);
+    EXPECT_EQ(m_host.sent[0].bytes, std::string("\x05\x00\x00\x00", 4));
+    EXPECT_EQ(m_host.sent[0].instance, 1u);
+    EXPECT_TRUE(m_host.sent[0].withReply);
+    EXPECT_EQ(m_host.sent[0].replyRoom, 16000u);
+
+    m_host.versionReply = std::string("\x03\x00\x00\x00\x00\x00\x00\x00", 8);
+    EXPECT_EQ(zb_get_version(m_handle, 1, "dsp", text, sizeof(text)), 0);
+}
+
+TEST_F(BringupTest, ControlLineSettingsSelectTheHandlers) {
+    const std::string config =
+        m_dir.Write("two.ini", Config("Speaker=DEV:2,SR:rates,PRESET:Music,INSTANCE:1\n"
+                                      "Headset=DEV:4,SR:rates,PRESET:Movie,INSTANCE:2,ROUTE:AUTO"));
+    ASSERT_EQ(Init(config), 1);
+
+    // The handlers share one library: Headset, made first in key order, primed parameter 1
+    // there, so Speaker's priming of the same value left it no block for it.
+    ASSERT_EQ(zb_set_parameter(m_handle, 2, 1054, 4.0), 1);
+    EXPECT_EQ(Take(2), Frames{Frame({Block(4096, {{1, 0.0f}}), Block(4161, {{14, 4.0f}})})});
+    ASSERT_EQ(zb_set_parameter(m_handle, 1, 1022, 3.0), 1);
+    EXPECT_EQ(Take(1), Frames{Frame({Block(4158, {{14, 1.0f}}), Block(4159, {{14, 3.0f}})})});
+
+    EXPECT_EQ(zb_set_parameter(m_handle, 3, 1022, 3.0), 0);
+    EXPECT_EQ(zb_set_active(m_handle, 2, 1, 1), 0);
+    EXPECT_TRUE(Take().empty());
+}
+
+TEST_F(BringupTest, FailedInitialisationsLeaveNoHandlers) {
+    const std::string noControls = m_dir.Write("none.ini", Config(""));
+    const std::string noLibrary =
+        m_dir.Write("nolib.ini", Config(kSpeaker, m_dir.Path("libDspKit_missing.so")));
+    const std::string badMagic = m_dir.Write("bad.zps", "BPBX\x08\x00\x00\x00");
+    const std::string truncated = m_dir.Write("short.zps", SystemPresets().substr(0, 3));
+
+    EXPECT_EQ(zb_initialize(m_handle, m_dir.Path("missing.zps").c_str(), "", m_configPath.c_str(),
+                            RecordingSender),
+              0);
+    EXPECT_EQ(zb_initialize(m_handle, badMagic.c_str(), "", m_configPath.c_str(), RecordingSender),
+              0);
+    EXPECT_EQ(zb_initialize(m_handle, truncated.c_str(), "", m_configPath.c_str(), RecordingSender),
+              0);
+    EXPECT_EQ(zb_initialize(m_handle, m_presetPath.c_str(), m_dir.Path("missing.zps").c_str(),
+                            m_configPath.c_str(), RecordingSender),
+              0);
+    EXPECT_EQ(Init(m_dir.Path("missing.ini")), 0);
+    EXPECT_EQ(Init(noControls), 0);
+    EXPECT_EQ(Init(noLibrary), 0);
+    EXPECT_EQ(zb_initialize(m_handle, nullptr, nullptr, nullptr, RecordingSender), 0);
+
+    EXPECT_EQ(zb_set_enable(m_handle, 1, 0), 0);
+    EXPECT_EQ(zb_set_active(m_handle, 1, 1, 2), 0);
+    EXPECT_TRUE(Take().empty());
+    char text[64] = {};
+    ASSERT_EQ(zb_get_version(m_handle, 1, "dspkit", text, sizeof(text)), 1);
+    EXPECT_STREQ(text, "");
+
+    // The caller may try again with good files.
+    ASSERT_EQ(Init(), 1);
+    ASSERT_EQ(zb_set_active(m_handle, 1, 1, 2), 1);
+    EXPECT_EQ(Take().size(), 1u);
+
+    // The caller's sender is looked for at each send, not at initialisation.
+    ASSERT_EQ(Init(m_configPath, nullptr), 1);
+    EXPECT_EQ(zb_set_active(m_handle, 1, 1, 2), 0);
+    EXPECT_TRUE(Take().empty());
+}
+
+TEST_F(BringupTest, ASecondInitialisationReplacesTheGraphAndAFailedOneKeepsIt) {
+    ASSERT_EQ(Init(), 1);
+    const std::string five =
+        m_dir.Write("five.ini", Config("Speaker=DEV:2,SR:rates,PRESET:Music|Movie,INSTANCE:5"));
+    ASSERT_EQ(Init(five), 1);
+    EXPECT_EQ(zb_set_active(m_handle, 1, 1, 2), 0);
+    ASSERT_EQ(zb_set_active(m_handle, 5, 1, 2), 1);
+    EXPECT_EQ(Take(5).size(), 1u);
+
+    EXPECT_EQ(Init(m_dir.Path("missing.ini")), 0);
+    ASSERT_EQ(zb_set_enable(m_handle, 5, 0), 1);
+    EXPECT_EQ(Take(5), Frames{Frame({Block(4096, {{1, 1.0f}})})});
+}
+
+TEST_F(BringupTest, TuningCommandsFailWithoutACommandParser) {
+    ASSERT_EQ(Init(), 1);
+    char command[] = "AAAA";
+    EXPECT_EQ(zb_set_command(m_handle, 1, command), 0);
+    char reply[128] = {};
+    EXPECT_EQ(zb_get_command(m_handle, 1, command, reply, sizeof(reply)), 0);
+    EXPECT_TRUE(Take().empty());
+}
+
+}  // namespace
+}  // namespace bringup_test

@@ -37,7 +37,9 @@ int RecordingSend(void* handle, CommonSettings* settings, const void* data, uint
     call.replyRoom = *replySize;
     g_host->calls.push_back(call);
     if (reply != nullptr && g_host->result == 0) {
-        std::memcpy(reply, g_host->answer.data(), g_host->answer.size());
+        if (!g_host->answer.empty()) {
+            std::memcpy(reply, g_host->answer.data(), g_host->answer.size());
+        }
         *replySize = static_cast<uint32_t>(g_host->answer.size());
     }
     return g_host->result;

@@ -62,7 +62,7 @@ class TesselLogImpl {
 
   private:
     void LoadIni();
-    bool LoadFile(const char* path);
+    static bool ReadFile(const std::string& path, std::string& text);
     void Warn(const std::string& text) { PrintText(3, kTagNames[TESSEL_LOG_FXModule], text); }
     std::shared_ptr<FileLog> GetFileLog() const {
         return std::dynamic_pointer_cast<FileLog>(m_outputs[kFileSlot]);
@@ -76,8 +76,9 @@ class TesselLogImpl {
     std::atomic<bool> m_initDone{false};
     bool m_asynchronous;
     std::vector<std::string> m_iniPaths;
-    std::mutex m_initMutex;
-    std::condition_variable m_initCondition;
+    // Taken by the loader while it applies the INI and by ReplaceOutput; signals initDone.
+    std::mutex m_settingsMutex;
+    std::condition_variable m_settingsCondition;
 };
 
 TesselLogImpl::TesselLogImpl(TesselLog* owner, bool asynchronous, std::vector<std::string> iniPaths)
@@ -91,12 +92,7 @@ TesselLogImpl::TesselLogImpl(TesselLog* owner, bool asynchronous, std::vector<st
     RefreshOutputFlags();
     if (m_asynchronous) {
         m_initDone = false;
-        m_loaderThread = StartThread([this] {
-            LoadIni();
-            std::lock_guard<std::mutex> lock(m_initMutex);
-            m_initDone = true;
-            m_initCondition.notify_all();
-        });
+        m_loaderThread = StartThread([this] { LoadIni(); });
     } else {
         m_initDone = true;
     }
@@ -113,8 +109,8 @@ TesselLogImpl::~TesselLogImpl() {
 
 void TesselLogImpl::WaitForInit() {
     {
-        std::unique_lock<std::mutex> lock(m_initMutex);
-        m_initCondition.wait(lock, [this] { return m_initDone.load(); });
+        std::unique_lock<std::mutex> lock(m_settingsMutex);
+        m_settingsCondition.wait(lock, [this] { return m_initDone.load(); });
     }
     // Also let the file queue thread finish what it was given, including its start-up line.
     if (auto fileLog = GetFileLog()) fileLog->WaitUntilWritten();
@@ -206,6 +202,7 @@ std::shared_ptr<TesselLogInterface> TesselLogImpl::GetOutput(size_t slot) const 
 std::shared_ptr<TesselLogInterface> TesselLogImpl::ReplaceOutput(
     size_t slot, std::shared_ptr<TesselLogInterface> output) {
     if (slot >= kTesselLogOutputSlots) return nullptr;
+    std::lock_guard<std::mutex> lock(m_settingsMutex);
     auto previous = std::move(m_outputs[slot]);
     m_outputs[slot] = std::move(output);
     RefreshOutputFlags();
@@ -248,34 +245,36 @@ bool TesselLogImpl::LoadFromIniFile(const std::string& text) {
     return true;
 }
 
-bool TesselLogImpl::LoadFile(const char* path) {
-    FILE* file = fopen(path, "rbe");
+bool TesselLogImpl::ReadFile(const std::string& path, std::string& text) {
+    FILE* file = fopen(path.c_str(), "rbe");
     if (file == nullptr) return false;
-    std::string text;
     char chunk[4096];
     size_t got;
     while ((got = fread(chunk, 1, sizeof(chunk), file)) > 0) text.append(chunk, got);
     fclose(file);
-    return LoadFromIniFile(text);
+    return true;
 }
 
 void TesselLogImpl::LoadIni() {
-    std::string source;
+    static const char kEmpty[] = "";
+    std::string text = kEmpty;
+    std::string source = "TesselLog::TesselLog LoadIni from memory";
     for (const std::string& path : m_iniPaths) {
-        if (LoadFile(path.c_str())) {
+        if (ReadFile(path, text)) {
             source = "TesselLog::TesselLog LoadIni succeed from " + path;
             break;
         }
     }
-    if (source.empty()) {
-        static const char kEmpty[] = "";
-        LoadFromIniFile(kEmpty);
-        source = "TesselLog::TesselLog LoadIni from memory";
-    }
+    // The settings are applied under the mutex that ReplaceOutput takes: the reading above
+    // may block (a slow disk), the applying must not meet a slot being replaced.
+    std::lock_guard<std::mutex> lock(m_settingsMutex);
+    LoadFromIniFile(text);
     if (m_owner->levels[TESSEL_LOG_FXModule].load(std::memory_order_relaxed) == 0 &&
         m_outputs[kAndroidSlot]) {
         m_outputs[kAndroidSlot]->Print("", 0, 0, 0, kTagNames[TESSEL_LOG_FXModule], source);
     }
+    m_initDone = true;
+    m_settingsCondition.notify_all();
 }
 
 TesselLog& TesselLog::Get() {

@@ -201,7 +201,9 @@ TEST(FileLog, ProcessWideFileOutputAtLevelZeroFromManyThreads) {
         const int worker = std::stoi(numbers[1].str());
         const int index = std::stoi(numbers[2].str());
         // Each thread's lines land in the order it posted them.
-        if (lastLine.count(worker) != 0) EXPECT_GT(index, lastLine[worker]) << line;
+        if (lastLine.count(worker) != 0) {
+            EXPECT_GT(index, lastLine[worker]) << line;
+        }
         lastLine[worker] = index;
         ++workerLines;
     }

@@ -2,8 +2,8 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <map>
-#include <regex>
 #include <thread>
 
 #include "LogCapture.h"
@@ -140,7 +140,7 @@ TEST(FileLog, WriterReopenLeavesTheEarlierFileOpen) {
 
 TEST(FileLog, TimeForFileNames) {
     const std::string text = FileLog::CurrentTimeForFileName();
-    EXPECT_TRUE(std::regex_match(text, std::regex("_20[0-9]{12}_"))) << text;
+    EXPECT_TRUE(test::MatchesShape(text, "_99999999999999_")) << text;
 }
 
 // The file output's queue logs about each post through the process-wide logger; with the file
@@ -173,33 +173,35 @@ TEST(FileLog, ProcessWideFileOutputAtLevelZeroFromManyThreads) {
         EXPECT_TRUE(capture.HasFragment("MessageQueue::Enqueue "));
         fullLines = capture.Count("MessageQueue::Enqueue() Message Queue full");
     }
-    const std::string text = ReadFile(path);
-    const std::regex format(
-        R"((\* )?\d\d-\d\d \d\d:\d\d:\d\d:\d{3} (\d+) (\d+) (DEBUG:|INFO:|WARNING:|ERROR:) )"
-        R"((TESSEL_LOG_\w+) (.*))");
-    const std::regex workerLine(R"(worker (\d+) line (\d+))");
     std::map<int, int> lastLine;
     size_t workerLines = 0;
     size_t marks = 0;
     size_t dequeueLines = 0;
-    size_t start = 0;
-    while (start < text.size()) {
-        const size_t end = text.find('\n', start);
-        ASSERT_NE(end, std::string::npos);
-        const std::string line = text.substr(start, end - start);
-        start = end + 1;
-        std::smatch parts;
-        ASSERT_TRUE(std::regex_match(line, parts, format)) << line;
-        EXPECT_EQ(parts[2].str(), std::to_string(getpid()));
-        if (parts[1].matched) ++marks;
-        const std::string body = parts[6].str();
+    for (std::string line : test::SplitLines(ReadFile(path))) {
+        if (line.rfind("* ", 0) == 0) {
+            ++marks;
+            line.erase(0, 2);
+        }
+        // "MM-DD hh:mm:ss:mmm pid tid LEVEL: tag text"
+        const size_t stampEnd = test::kTimestampShape.size();
+        ASSERT_TRUE(test::MatchesShape(line.substr(0, stampEnd), test::kTimestampShape)) << line;
+        std::istringstream fields(line.substr(stampEnd));
+        unsigned pid = 0, tid = 0;
+        std::string word, tag, body;
+        ASSERT_TRUE(fields >> pid >> tid >> word >> tag) << line;
+        fields.get();
+        std::getline(fields, body);
+        EXPECT_EQ(pid, static_cast<unsigned>(getpid()));
+        EXPECT_TRUE(word == "DEBUG:" || word == "INFO:" || word == "WARNING:" || word == "ERROR:")
+            << line;
         if (body.rfind("MessageQueue::Dequeue ", 0) == 0) ++dequeueLines;
-        std::smatch numbers;
-        if (!std::regex_match(body, numbers, workerLine)) continue;
-        EXPECT_EQ(parts[4].str(), "INFO:");
-        EXPECT_EQ(parts[5].str(), "TESSEL_LOG_Preset");
-        const int worker = std::stoi(numbers[1].str());
-        const int index = std::stoi(numbers[2].str());
+        int worker = 0, index = 0, consumed = 0;
+        if (sscanf(body.c_str(), "worker %d line %d%n", &worker, &index, &consumed) != 2 ||
+            static_cast<size_t>(consumed) != body.size()) {
+            continue;
+        }
+        EXPECT_EQ(word, "INFO:");
+        EXPECT_EQ(tag, "TESSEL_LOG_Preset");
         // Each thread's lines land in the order it posted them.
         if (lastLine.count(worker) != 0) {
             EXPECT_GT(index, lastLine[worker]) << line;

@@ -163,3 +163,32 @@ inline std::vector<std::string> WithoutLineNumbers(const std::vector<std::string
 
 }  // namespace test
 }  // namespace TesselFX
+
+namespace TesselFX {
+namespace test {
+
+/// True when text has the shape: every '9' of the shape stands for one decimal digit, every
+/// other character for itself.
+inline bool MatchesShape(const std::string& text, const std::string& shape) {
+    if (text.size() != shape.size()) return false;
+    for (size_t i = 0; i < text.size(); ++i) {
+        const bool digit = text[i] >= '0' && text[i] <= '9';
+        if (shape[i] == '9' ? !digit : text[i] != shape[i]) return false;
+    }
+    return true;
+}
+
+/// The shape of a console or file time stamp, "MM-DD hh:mm:ss:mmm".
+inline const std::string kTimestampShape = "99-99 99:99:99:999";
+
+/// The lines of a text, each without its line feed; a last line without one is kept too.
+inline std::vector<std::string> SplitLines(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    std::string line;
+    while (std::getline(stream, line)) lines.push_back(line);
+    return lines;
+}
+
+}  // namespace test
+}  // namespace TesselFX

@@ -1,7 +1,5 @@
 #include "log/FileLog.h"
 
-#include <time.h>
-
 #include <cstring>
 #include <thread>
 
@@ -86,15 +84,6 @@ bool FileLog::PostMessage(std::shared_ptr<TesselInterprocess::Message> message) 
     if (t_postingTo == this) return false;
     PostingScope scope(this);
     return m_queue->Post(std::move(message));
-}
-
-std::string FileLog::CurrentTimeForFileName() {
-    const time_t now = time(nullptr);
-    struct tm local {};
-    localtime_r(&now, &local);
-    char text[1024];
-    const size_t length = strftime(text, sizeof(text), "_%Y%m%d%H%M%S_", &local);
-    return std::string(text, length);
 }
 
 }  // namespace TesselFX

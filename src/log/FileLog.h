@@ -36,9 +36,6 @@ class FileLog : public TesselLogInterface {
     /// are dropped. Idempotent.
     void Shutdown();
 
-    /// The present local time as "_%Y%m%d%H%M%S_", for callers that build file names.
-    static std::string CurrentTimeForFileName();
-
   private:
     bool PostMessage(std::shared_ptr<TesselInterprocess::Message> message);
 

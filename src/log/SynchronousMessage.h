@@ -12,7 +12,7 @@ namespace TesselInterprocess {
 /// queue has thrown it away. The release is a flag set under the handshake mutex, so it cannot
 /// be lost whether Notify comes before or after Wait. Thread safe; one sender waits.
 class SynchronousMessage : public Message {
-public:
+  public:
     SynchronousMessage() : Message(MessageKind::kSynchronous) {}
 
     /// Sender side: blocks until Notify has been called.
@@ -20,7 +20,7 @@ public:
     /// Consumer or Clear side: releases the sender.
     void Notify();
 
-private:
+  private:
     std::mutex m_mutex;
     std::condition_variable m_condition;
     bool m_notified = false;

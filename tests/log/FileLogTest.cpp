@@ -138,11 +138,6 @@ TEST(FileLog, WriterReopenLeavesTheEarlierFileOpen) {
     EXPECT_EQ(ReadFile(second), "two\n");
 }
 
-TEST(FileLog, TimeForFileNames) {
-    const std::string text = FileLog::CurrentTimeForFileName();
-    EXPECT_TRUE(test::MatchesShape(text, "_99999999999999_")) << text;
-}
-
 // The file output's queue logs about each post through the process-wide logger; with the file
 // on and every tag at level 0 those lines come back into the same queue, from several threads
 // and while the queue overflows. This must neither stop nor recurse.

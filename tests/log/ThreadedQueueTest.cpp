@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <optional>
 #include <thread>
 
 #include "LogCapture.h"
@@ -34,19 +35,29 @@ size_t IndexOf(const std::vector<std::string>& texts, const std::string& text) {
     return static_cast<size_t>(std::find(texts.begin(), texts.end(), text) - texts.begin());
 }
 
-// Posts a message that holds the consumer until the returned gate opens, and waits until the
-// consumer is inside it.
-std::shared_ptr<Gate> HoldConsumer(ThreadedQueue& threaded, std::atomic<bool>& finished) {
-    auto release = std::make_shared<Gate>();
-    auto running = std::make_shared<Gate>();
-    threaded.Post(std::make_shared<CallMessage>([release, running, &finished] {
-        running->Open();
-        release->Wait();
-        finished = true;
-    }));
-    running->Wait();
-    return release;
-}
+// A threaded queue whose consumer is held inside a first message until `release` opens.
+struct HeldQueue {
+    explicit HeldQueue(uint32_t capacity, bool abortOnDestruction = false)
+        : queue(std::make_shared<HookedQueue>(capacity)) {
+        threaded.emplace(queue, abortOnDestruction);
+        auto running = std::make_shared<Gate>();
+        threaded->Post(std::make_shared<CallMessage>([this, running] {
+            running->Open();
+            release.Wait();
+            heldFinished = true;
+        }));
+        running->Wait();
+    }
+    bool PostCounted() {
+        return threaded->Post(std::make_shared<CallMessage>([this] { ++executed; }));
+    }
+
+    std::shared_ptr<HookedQueue> queue;
+    Gate release;
+    std::atomic<bool> heldFinished{false};
+    std::atomic<int> executed{0};
+    std::optional<ThreadedQueue> threaded;  // declared last: stopped before the rest goes
+};
 
 TEST(ThreadedQueue, ExecutesInOrderSynchronousPostWaitsSecondStopDoesNothing) {
     LogCapture capture;
@@ -97,45 +108,32 @@ TEST(ThreadedQueue, ExecutesInOrderSynchronousPostWaitsSecondStopDoesNothing) {
 
 TEST(ThreadedQueue, StopOnAFullQueueExecutesEverythingFirst) {
     LogCapture capture(2);
-    auto queue = std::make_shared<HookedQueue>(5000);
-    std::atomic<bool> heldFinished{false};
-    std::atomic<int> executed{0};
-    ThreadedQueue threaded(queue);
-    auto release = HoldConsumer(threaded, heldFinished);
-    for (int i = 0; i < 1000; ++i) {
-        ASSERT_TRUE(threaded.Post(std::make_shared<CallMessage>([&] { ++executed; }))) << i;
-    }
-    EXPECT_FALSE(threaded.Post(std::make_shared<CallMessage>([&] { ++executed; })));
+    HeldQueue held(5000);
+    for (int i = 0; i < 1000; ++i) ASSERT_TRUE(held.PostCounted()) << i;
+    EXPECT_FALSE(held.PostCounted());
     EXPECT_EQ(capture.Count("MessageQueue::Enqueue() Message Queue full"), 1u);
     // The stop message goes in although the queue is full; only then is the consumer let go.
-    queue->afterBypassEnqueue = [&] {
-        EXPECT_EQ(queue->GetSize(), 1001u);
-        release->Open();
+    held.queue->afterBypassEnqueue = [&] {
+        EXPECT_EQ(held.queue->GetSize(), 1001u);
+        held.release.Open();
     };
-    threaded.Stop();
-    EXPECT_TRUE(heldFinished);
-    EXPECT_EQ(executed, 1000);
-    EXPECT_EQ(queue->GetSize(), 0u);
+    held.threaded->Stop();
+    EXPECT_TRUE(held.heldFinished);
+    EXPECT_EQ(held.executed, 1000);
+    EXPECT_EQ(held.queue->GetSize(), 0u);
     EXPECT_FALSE(capture.HasFragment("Failed enqueue"));
 }
 
 TEST(ThreadedQueue, AbortDiscardsAllButTheRunningMessage) {
     LogCapture capture(1);
-    auto queue = std::make_shared<HookedQueue>(1000);
-    std::atomic<bool> heldFinished{false};
-    std::atomic<int> executed{0};
-    {
-        ThreadedQueue threaded(queue, true);
-        auto release = HoldConsumer(threaded, heldFinished);
-        for (int i = 0; i < 1000; ++i) {
-            threaded.Post(std::make_shared<CallMessage>([&] { ++executed; }));
-        }
-        // The running message may finish only once the waiting ones are gone.
-        queue->afterClear = [release] { release->Open(); };
-        capture.Clear();
-    }  // aborts
-    EXPECT_TRUE(heldFinished);
-    EXPECT_EQ(executed, 0);
+    HeldQueue held(1000, true);
+    for (int i = 0; i < 1000; ++i) held.PostCounted();
+    // The running message may finish only once the waiting ones are gone.
+    held.queue->afterClear = [&held] { held.release.Open(); };
+    capture.Clear();
+    held.threaded.reset();  // aborts
+    EXPECT_TRUE(held.heldFinished);
+    EXPECT_EQ(held.executed, 0);
     std::vector<std::string> controlLines;
     for (const auto& text : capture.Texts()) {
         if (text.rfind("ThreadedQueue::Abort", 0) == 0 ||
@@ -152,40 +150,33 @@ TEST(ThreadedQueue, AbortDiscardsAllButTheRunningMessage) {
 
 TEST(ThreadedQueue, FlushQueueDropsWaitingMessagesAndKeepsRunning) {
     LogCapture capture(2);
-    auto queue = std::make_shared<HookedQueue>(10);
-    std::atomic<bool> heldFinished{false};
-    std::atomic<int> executed{0};
-    ThreadedQueue threaded(queue);
-    auto release = HoldConsumer(threaded, heldFinished);
-    for (int i = 0; i < 3; ++i) threaded.Post(std::make_shared<CallMessage>([&] { ++executed; }));
-    queue->afterClear = [release] { release->Open(); };
-    threaded.FlushQueue();
-    EXPECT_TRUE(heldFinished);  // returned only after the running message ended
-    EXPECT_EQ(executed, 0);
-    queue->afterClear = nullptr;
-    EXPECT_TRUE(threaded.Post(std::make_shared<CallMessage>([&] { ++executed; })));
-    threaded.Stop();
-    EXPECT_EQ(executed, 1);
+    HeldQueue held(10);
+    for (int i = 0; i < 3; ++i) held.PostCounted();
+    held.queue->afterClear = [&held] { held.release.Open(); };
+    held.threaded->FlushQueue();
+    EXPECT_TRUE(held.heldFinished);  // returned only after the running message ended
+    EXPECT_EQ(held.executed, 0);
+    held.queue->afterClear = nullptr;
+    EXPECT_TRUE(held.PostCounted());
+    held.threaded->Stop();
+    EXPECT_EQ(held.executed, 1);
 }
 
 TEST(ThreadedQueue, ClearReleasesTheSenderOfADroppedSynchronousMessage) {
     LogCapture capture(2);
-    auto queue = std::make_shared<MessageQueue>(10);
-    std::atomic<bool> heldFinished{false};
+    HeldQueue held(10);
     std::atomic<bool> executed{false};
     std::atomic<bool> posted{false};
-    ThreadedQueue threaded(queue);
-    auto release = HoldConsumer(threaded, heldFinished);
     std::thread sender([&] {
-        posted = threaded.Post(std::make_shared<SynchronousCall>([&] { executed = true; }));
+        posted = held.threaded->Post(std::make_shared<SynchronousCall>([&] { executed = true; }));
     });
-    while (queue->GetSize() == 0) std::this_thread::yield();
-    threaded.Clear();
+    while (held.queue->GetSize() == 0) std::this_thread::yield();
+    held.threaded->Clear();
     sender.join();  // would hang if the sender were not released
     EXPECT_TRUE(posted);
     EXPECT_FALSE(executed);
-    release->Open();
-    threaded.Stop();
+    held.release.Open();
+    held.threaded->Stop();
     EXPECT_FALSE(executed);
 }
 

@@ -136,6 +136,10 @@ class ControlHandler : public IControlHandler, public IVolumeTableHelper::Volume
     /// The buffer of one small control message; true without a generator.
     template <typename Generator, typename Make>
     bool SendControl(const std::shared_ptr<Generator>& generator, unsigned int number, Make make);
+    /// Makes the pair current and sends its preset; true without effect when it is current
+    /// already. reportUnknown tells the log when the description has no such preset.
+    template <typename Report>
+    bool ChangeModes(unsigned int outputMode, unsigned int soundMode, Report reportUnknown);
     /// The preset description of the mode pair, or null.
     std::shared_ptr<PresetDescription> FindPreset(unsigned int outputMode,
                                                   unsigned int soundMode) const;

@@ -336,7 +336,7 @@ TEST(ZpsReader, LoadsBothFilesFromDisk) {
     EXPECT_TRUE(capture.Has(4, "system zps is empty string"));
     ZpsReader directorySystem = factories(base, "");
     EXPECT_EQ(directorySystem.Read(), nullptr);
-    directorySystem.SetZps(base + "/system.zps", nullptr == nullptr ? "" : "");
+    directorySystem.SetZps(base + "/system.zps", "");
     EXPECT_NE(directorySystem.Read(), nullptr);
     ZpsReader fromChars((base + "/system.zps").c_str(), nullptr, std::make_shared<PresetFactory>(),
                         std::make_shared<PresetSetFactory>(),

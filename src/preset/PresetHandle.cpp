@@ -4,6 +4,7 @@
 
 #include "log/TesselLog.h"
 #include "preset/IPresetHandleListener.h"
+#include "preset/ParameterMaps.h"
 #include "preset/PresetOrder.h"
 #include "preset/PresetSet.h"
 #include "preset/SuperPreset.h"
@@ -17,11 +18,6 @@ const typename Map::mapped_type& At(const Map& map, const typename Map::key_type
     const auto found = map.find(key);
     if (found == map.end()) throw std::out_of_range("map::at:  key not found");
     return found->second;
-}
-
-void MergeInto(std::map<unsigned int, double>& target,
-               const std::map<unsigned int, double>& source) {
-    for (const auto& parameter : source) target[parameter.first] = parameter.second;
 }
 
 }  // namespace
@@ -93,8 +89,8 @@ void PresetHandle::MergePresets() {
 
     m_mergedParameters.clear();
     for (size_t i = 0; i < systemList.size(); ++i) {
-        MergeInto(m_mergedParameters, systemList[i]->GetAllParameters());
-        MergeInto(m_mergedParameters, userList[i]->GetAllParameters());
+        MergeParameterMap(m_mergedParameters, systemList[i]->GetAllParameters());
+        MergeParameterMap(m_mergedParameters, userList[i]->GetAllParameters());
     }
     m_linkLaws->ClearEntries();
     for (size_t i = 0; i < systemList.size(); ++i) {
@@ -106,7 +102,7 @@ void PresetHandle::MergePresets() {
 
 void PresetHandle::MergeSuperPreset() {
     TESSEL_LOG_ENTERING(TESSEL_LOG_FXModule);
-    MergeInto(m_presetParameters, m_superPreset->GetAllParameters());
+    MergeParameterMap(m_presetParameters, m_superPreset->GetAllParameters());
     m_linkLaws->ClearEntries();
     m_linkLaws->SetEntries(m_mergedLinkLawEntries);
     m_linkLaws->SetEntries(m_superPreset->GetLinkLawEntries());
@@ -136,8 +132,8 @@ void PresetHandle::ApplyLinkLaws() {
         return;
     }
     TESSEL_LOG(1, TESSEL_LOG_FXModule, "LinkLaws is active");
-    MergeInto(m_finalParameters, m_linkLaws->GetMasterValues());
-    MergeInto(m_finalParameters, m_linkLaws->GetTargetValues());
+    MergeParameterMap(m_finalParameters, m_linkLaws->GetMasterValues());
+    MergeParameterMap(m_finalParameters, m_linkLaws->GetTargetValues());
 }
 
 bool PresetHandle::GetParameter(unsigned int id, double& value) {
@@ -173,15 +169,7 @@ bool PresetHandle::GetParameterArray(const std::vector<unsigned int>& ids,
 }
 
 bool PresetHandle::GetAllParameters(std::vector<unsigned int>& ids, std::vector<double>& values) {
-    const std::map<unsigned int, double> parameters = GetAllParameters();
-    ids.clear();
-    values.clear();
-    ids.reserve(parameters.size());
-    values.reserve(parameters.size());
-    for (const auto& parameter : parameters) {
-        ids.push_back(parameter.first);
-        values.push_back(parameter.second);
-    }
+    SplitParameterMap(GetAllParameters(), ids, values);
     return true;
 }
 

@@ -65,6 +65,21 @@ std::set<OmSm> PresetSet::ExpandOmSm(int om, int sm) const {
     return pairs;
 }
 
+template <typename Change>
+bool PresetSet::ChangePairs(int om, int sm, SubtypeMasks masks, SubtypeMasks notifyMasks,
+                            Change change) {
+    const std::set<OmSm> pairs = ExpandOmSm(om, sm);
+    bool result = false;
+    for (const OmSm& pair : pairs) result = change(pair) || result;
+    if (!result) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "no valid om %d sm %d subtypeMasks 0x%u", om, sm,
+                         masks);
+        return false;
+    }
+    NotifyPresetHandlesChanged(pairs, notifyMasks);
+    return true;
+}
+
 bool PresetSet::CheckValid(const OmSm& omSm) const {
     if (m_omSms.count(omSm) != 0) return true;
     TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "invalid outputMode %u soundMode %u", omSm.om, omSm.sm);
@@ -141,20 +156,11 @@ bool PresetSet::SetParameterArray(const std::vector<unsigned int>& ids,
 bool PresetSet::SetParameterArray(const std::map<unsigned int, double>& parameters, int om, int sm,
                                   SubtypeMasks masks,
                                   bool addNonexistingParamsInSubPresetToBasePreset) {
-    const std::set<OmSm> pairs = ExpandOmSm(om, sm);
-    bool result = false;
-    for (const OmSm& pair : pairs) {
-        result = SetParameterArray(parameters, pair, masks,
-                                   addNonexistingParamsInSubPresetToBasePreset) ||
-                 result;
-    }
-    if (!result) {
-        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "no valid om %d sm %d subtypeMasks 0x%u", om, sm,
-                         masks);
-        return false;
-    }
-    NotifyPresetHandlesChanged(pairs, addNonexistingParamsInSubPresetToBasePreset ? 0 : masks);
-    return true;
+    return ChangePairs(om, sm, masks, addNonexistingParamsInSubPresetToBasePreset ? 0 : masks,
+                       [&](const OmSm& pair) {
+                           return SetParameterArray(parameters, pair, masks,
+                                                    addNonexistingParamsInSubPresetToBasePreset);
+                       });
 }
 
 bool PresetSet::SetParameterArray(const std::map<unsigned int, double>& parameters,
@@ -212,16 +218,8 @@ bool PresetSet::SetParameterArraySubPreset(const std::map<unsigned int, double>&
 
 bool PresetSet::SetChunk(unsigned int index, const std::vector<char>& data, int om, int sm,
                          SubtypeMasks masks) {
-    const std::set<OmSm> pairs = ExpandOmSm(om, sm);
-    bool result = false;
-    for (const OmSm& pair : pairs) result = SetChunk(index, data, pair, masks) || result;
-    if (!result) {
-        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "no valid om %d sm %d subtypeMasks 0x%u", om, sm,
-                         masks);
-        return false;
-    }
-    NotifyPresetHandlesChanged(pairs, masks);
-    return true;
+    return ChangePairs(om, sm, masks, masks,
+                       [&](const OmSm& pair) { return SetChunk(index, data, pair, masks); });
 }
 
 bool PresetSet::SetChunk(unsigned int index, const std::vector<char>& data, const OmSm& omSm,
@@ -247,20 +245,11 @@ bool PresetSet::ClearParameter(unsigned int id, int om, int sm, SubtypeMasks mas
 bool PresetSet::ClearParameterArray(const std::vector<unsigned int>& ids, int om, int sm,
                                     SubtypeMasks masks,
                                     bool addNonexistingParamsInSubPresetToBasePreset) {
-    const std::set<OmSm> pairs = ExpandOmSm(om, sm);
-    bool result = false;
-    for (const OmSm& pair : pairs) {
-        result =
-            ClearParameterArray(ids, pair, masks, addNonexistingParamsInSubPresetToBasePreset) ||
-            result;
-    }
-    if (!result) {
-        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "no valid om %d sm %d subtypeMasks 0x%u", om, sm,
-                         masks);
-        return false;
-    }
-    NotifyPresetHandlesChanged(pairs, addNonexistingParamsInSubPresetToBasePreset ? 0 : masks);
-    return true;
+    return ChangePairs(om, sm, masks, addNonexistingParamsInSubPresetToBasePreset ? 0 : masks,
+                       [&](const OmSm& pair) {
+                           return ClearParameterArray(ids, pair, masks,
+                                                      addNonexistingParamsInSubPresetToBasePreset);
+                       });
 }
 
 bool PresetSet::ClearParameterArray(const std::vector<unsigned int>& ids, const OmSm& omSm,

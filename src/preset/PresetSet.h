@@ -84,6 +84,10 @@ class PresetSet : public IPresetSet {
         std::set<std::weak_ptr<IPresetHandle>, std::owner_less<std::weak_ptr<IPresetHandle>>>;
 
     void InitPresetSet();
+    /// Runs change on each pair of the expansion; with at least one success the handles of
+    /// all those pairs are told with notifyMasks, else the failure is logged.
+    template <typename Change>
+    bool ChangePairs(int om, int sm, SubtypeMasks masks, SubtypeMasks notifyMasks, Change change);
     bool SetParameterArray(const std::map<unsigned int, double>& parameters, const OmSm& omSm,
                            SubtypeMasks masks, bool addNonexistingParamsInSubPresetToBasePreset);
     bool SetParameterArrayBasePreset(const std::map<unsigned int, double>& parameters,

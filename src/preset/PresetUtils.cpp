@@ -5,6 +5,7 @@
 
 #include "log/TesselLog.h"
 #include "preset/BinaryPrimitives.h"
+#include "preset/ParameterMaps.h"
 #include "preset/PresetFactory.h"
 #include "preset/PresetHandleFactory.h"
 #include "preset/PresetSetFactory.h"
@@ -155,7 +156,7 @@ std::map<unsigned int, double> PresetUtils::GetChangedParameters(
 
 void PresetUtils::MergeParameters(std::map<unsigned int, double>& target,
                                   const std::map<unsigned int, double>& source) {
-    for (const auto& parameter : source) target[parameter.first] = parameter.second;
+    MergeParameterMap(target, source);
 }
 
 std::vector<std::map<unsigned int, double>> PresetUtils::SplitParameters(

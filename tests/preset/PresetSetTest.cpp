@@ -342,5 +342,14 @@ TEST(PresetSet, DumpsSystemThenUserPresets) {
                     ->Validate());
 }
 
+TEST(PresetHandle, WithoutLawsServesAnEmptyChunk) {
+    LogCapture capture;
+    auto handle = MakeSet()->RequestPresetHandle(1, 2);
+    std::vector<char> chunk{1};
+    EXPECT_TRUE(handle->GetChunk(1, chunk));
+    EXPECT_TRUE(chunk.empty());
+    EXPECT_TRUE(handle->GetLinkLawEntries().empty());
+}
+
 }  // namespace
 }  // namespace TesselFX

@@ -196,6 +196,26 @@ TEST(ZorbEffectWrapper, EveryEntryPointIsResolved) {
     EXPECT_TRUE(effect->Control_Deferred_ListAllCoefIDs(all.data(), &listed));
     all.resize(listed);
     EXPECT_EQ(all, (std::vector<int>{1, 2, 3, 4, 10}));
+    // A block of the host side applied through the library's own entry point.
+    std::vector<char> block(72);
+    unsigned size = 0;
+    EXPECT_TRUE(effect->Control_Coefficient_Get(2, block.data(), &size));
+    unsigned used = 0;
+    EXPECT_TRUE(effect->Control_Coefficient_Set(block.data(), size, &used));
+    EXPECT_EQ(used, 28u);
+
+    // Meter buffer round trip: count 4, then value and flag per meter, all zero so far.
+    std::vector<char> meters(100);
+    size = 100;
+    EXPECT_TRUE(effect->Meters_GetBuffer(meters.data(), &size));
+    ASSERT_EQ(size, 36u);
+    EXPECT_EQ(meters[0], 4);
+    EXPECT_TRUE(effect->Meters_SetBuffer(meters.data(), size));
+    float meterValues[4];
+    int meterFlags[4];
+    EXPECT_TRUE(effect->Meters_Readout(meterValues, meterFlags, 4));
+    EXPECT_EQ(meterFlags[3], 0);
+
     // The stand-in's scenario is two u32: sample rate and channels.
     const uint32_t mono[2] = {16000, 1};
     std::memcpy(scenario.data(), mono, sizeof(mono));

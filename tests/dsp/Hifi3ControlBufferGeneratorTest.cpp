@@ -32,7 +32,8 @@ class FakeConverter : public ICoefsConverter {
     std::function<Blocks(const Parameters&)> answer = [](const Parameters& parameters) {
         Blocks blocks;
         for (const auto& p : parameters) {
-            blocks[p.first] = {static_cast<char>(p.first), static_cast<char>(p.second)};
+            blocks[p.first] = {static_cast<char>(p.first),
+                               static_cast<char>(std::isnan(p.second) ? 0.0 : p.second)};
         }
         return blocks;
     };

@@ -4,10 +4,13 @@
 #include <functional>
 #include <limits>
 
+#include "Bytes.h"
 #include "dsp/Hifi3ControlBufferGenerator.h"
 
 namespace TesselFX {
 namespace {
+
+using test::Bytes;
 
 using Blocks = std::map<uint32_t, std::vector<char>>;
 using Parameters = std::map<unsigned int, double>;
@@ -38,12 +41,6 @@ class FakeConverter : public ICoefsConverter {
         return blocks;
     };
 };
-
-std::vector<char> Bytes(std::initializer_list<int> values) {
-    std::vector<char> bytes;
-    for (int value : values) bytes.push_back(static_cast<char>(value));
-    return bytes;
-}
 
 std::vector<char> Header(const std::vector<char>& frame) {
     return std::vector<char>(frame.begin(), frame.begin() + std::min<size_t>(8, frame.size()));

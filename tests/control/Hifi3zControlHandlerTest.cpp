@@ -64,8 +64,7 @@ class RecordingSender : public IDspBufferSender {
 struct Hifi3zHandlerTest : ::testing::Test {
     Hifi3zHandlerTest() {
         auto preset = std::make_shared<PresetDescription>("Music", 1, 2, 0, "", "");
-        description = std::make_shared<test::FakeControlDescription>(
-            std::vector<std::shared_ptr<PresetDescription>>{preset});
+        description = test::MakeDescription({preset});
         description->GetSettings()->AddString("ROUTE", "spk");
         ON_CALL(*presetSet, RequestPresetHandle(1, 2)).WillByDefault(Return(presetHandle));
         ON_CALL(*presetHandle, GetAllParameters()).WillByDefault(ReturnPointee(&presetValues));
@@ -80,7 +79,7 @@ struct Hifi3zHandlerTest : ::testing::Test {
     std::shared_ptr<Hifi3zControlHandler> Make() { return Make(generator); }
 
     Parameters presetValues{{1, 0.0}, {7, 3.5}};
-    std::shared_ptr<test::FakeControlDescription> description;
+    std::shared_ptr<ControlDescription> description;
     std::shared_ptr<NiceMock<test::MockPresetSet>> presetSet =
         std::make_shared<NiceMock<test::MockPresetSet>>();
     std::shared_ptr<NiceMock<test::MockPresetHandle>> presetHandle =

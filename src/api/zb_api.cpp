@@ -1,0 +1,379 @@
+#include "zbhalcontroller/zb_api.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "api/ZbApiCallbacks.h"
+#include "config/ZorbAudioSettings.h"
+#include "control/HalControlManager.h"
+#include "log/TesselLog.h"
+
+namespace TesselFX {
+
+namespace {
+
+constexpr const char* kInstanceKey = "INSTANCE";
+
+/// One control object and what the caller gave for it.
+struct HandleEntry {
+    /// Shared so that a call in progress keeps the object alive when a callback destroys it.
+    std::shared_ptr<HalControlManager> manager;
+    buffer_sender sender = nullptr;
+    std::map<uint32_t, notifier> notifiers;
+    void* context = nullptr;
+};
+
+/// The process-wide table of control objects, keyed by handle value. Its recursive mutex is
+/// held over every exported call, so that all calls of all handles are serialised; the
+/// callbacks run inside it and may call back in. It lives as long as the process.
+struct HandleTable {
+    std::recursive_mutex mutex;
+    std::map<uint64_t, HandleEntry> entries;
+};
+
+HandleTable& Table() {
+    static HandleTable* table = new HandleTable();
+    return *table;
+}
+
+uint64_t HandleKey(const void* handle) {
+    return static_cast<uint64_t>(reinterpret_cast<uintptr_t>(handle));
+}
+
+/// The entry of handle, or null after "handle %p is invalid". Call with the mutex held.
+HandleEntry* FindEntry(void* handle) {
+    auto& entries = Table().entries;
+    auto found = entries.find(HandleKey(handle));
+    if (found == entries.end()) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "handle %p is invalid", handle);
+        return nullptr;
+    }
+    return &found->second;
+}
+
+/// The entry of handle for a trampoline, or null after "handle %p not found".
+HandleEntry* ScanEntry(void* handle) {
+    const uint64_t key = HandleKey(handle);
+    for (auto& entry : Table().entries) {
+        if (entry.first == key) {
+            return &entry.second;
+        }
+    }
+    TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "handle %p not found", handle);
+    return nullptr;
+}
+
+/// The common shape of a call that takes an instance: under the table mutex, finds the entry,
+/// builds the search record INSTANCE=instance and runs call with the manager and the record.
+template <typename Call>
+int WithInstance(void* handle, uint32_t instance, Call call) {
+    std::lock_guard<std::recursive_mutex> lock(Table().mutex);
+    HandleEntry* entry = FindEntry(handle);
+    if (entry == nullptr) {
+        return 0;
+    }
+    std::shared_ptr<HalControlManager> manager = entry->manager;
+    auto settings = std::make_unique<ZorbAudioSettings>();
+    settings->AddUint(kInstanceKey, instance);
+    return call(*manager, settings->GetSettings()) ? 1 : 0;
+}
+
+bool RejectNull(const char* function, const char* argument) {
+    TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s: %s is null", function, argument);
+    return false;
+}
+
+}  // namespace
+
+bool ReadInstance(CommonSettings* settings, uint32_t& instance) {
+    if (settings == nullptr) {
+        return false;
+    }
+    uint32_t count = 0;
+    const char* const* keys = settings->GetKeys(count);
+    if (keys == nullptr) {
+        return false;
+    }
+    for (uint32_t i = 0; i < count; ++i) {
+        if (keys[i] == nullptr || std::strcmp(keys[i], kInstanceKey) != 0) {
+            continue;
+        }
+        if (settings->GetUint(kInstanceKey, instance)) {
+            return true;
+        }
+        char text[256] = {};
+        settings->GetString(kInstanceKey, text, sizeof(text));
+        char* end = nullptr;
+        const unsigned long value = std::strtoul(text, &end, 10);
+        if (end != text) {
+            instance = static_cast<uint32_t>(value);
+            return true;
+        }
+    }
+    return false;
+}
+
+int SendBufferTrampoline(void* handle, CommonSettings* settings, const void* data, uint32_t size,
+                         void* reply, uint32_t* replySize) {
+    std::lock_guard<std::recursive_mutex> lock(Table().mutex);
+    HandleEntry* entry = ScanEntry(handle);
+    if (entry == nullptr) {
+        return -1;
+    }
+    if (entry->sender == nullptr) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "buffer_sender is invalid");
+        return -1;
+    }
+    uint32_t instance = 0;
+    if (!ReadInstance(settings, instance)) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s not found", kInstanceKey);
+        return -1;
+    }
+    const buffer_sender sender = entry->sender;
+    return sender(handle, instance, data, size, reply, replySize, entry->context);
+}
+
+int NotifyTrampoline(void* handle, CommonSettings* settings, const void*, uint32_t) {
+    std::lock_guard<std::recursive_mutex> lock(Table().mutex);
+    HandleEntry* entry = ScanEntry(handle);
+    if (entry == nullptr) {
+        return -1;
+    }
+    uint32_t instance = 0;
+    if (!ReadInstance(settings, instance)) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s not found", kInstanceKey);
+        return -1;
+    }
+    const std::map<uint32_t, notifier> notifiers = entry->notifiers;
+    if (notifiers.find(instance) == notifiers.end()) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "notifier is invalid");
+        return -1;
+    }
+    TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s is not available", "the notification envelope");
+    return -1;
+}
+
+}  // namespace TesselFX
+
+using TesselFX::HalControlManager;
+using TesselFX::Table;
+using TesselFX::WithInstance;
+using TesselFX::zorbaudio_settings_t;
+
+int zb_create(void** handle, void* context) {
+    std::lock_guard<std::recursive_mutex> lock(Table().mutex);
+    if (handle == nullptr) {
+        TesselFX::RejectNull("zb_create", "handle");
+        return 0;
+    }
+    auto manager = std::make_shared<HalControlManager>(nullptr);
+    TesselFX::HandleEntry& entry = Table().entries[TesselFX::HandleKey(manager.get())];
+    entry.manager = manager;
+    entry.context = context;
+    *handle = manager.get();
+    return 1;
+}
+
+void zb_destroy(void** handle) {
+    std::lock_guard<std::recursive_mutex> lock(Table().mutex);
+    void* value = handle == nullptr ? nullptr : *handle;
+    if (TesselFX::FindEntry(value) != nullptr) {
+        Table().entries.erase(TesselFX::HandleKey(value));
+    }
+}
+
+int zb_initialize(void* handle, const char*, const char*, const char*, buffer_sender sender) {
+    std::lock_guard<std::recursive_mutex> lock(Table().mutex);
+    TesselFX::HandleEntry* entry = TesselFX::FindEntry(handle);
+    if (entry == nullptr) {
+        return 0;
+    }
+    entry->sender = sender;
+    TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s is not available", "zorbaudio_initialize");
+    return 0;
+}
+
+int zb_set_enable(void* handle, uint32_t instance, int enable) {
+    return WithInstance(handle, instance,
+                        [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
+                            return manager.SetEnable(settings, (enable & 1) != 0);
+                        });
+}
+
+int zb_set_bypass(void* handle, uint32_t instance, int bypass) {
+    return WithInstance(handle, instance,
+                        [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
+                            return manager.SetBypass(settings, (bypass & 1) != 0);
+                        });
+}
+
+int zb_set_active(void* handle, uint32_t instance, uint32_t outputMode, uint32_t soundMode) {
+    return WithInstance(handle, instance,
+                        [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
+                            return manager.SetActive(settings, outputMode, soundMode);
+                        });
+}
+
+int zb_set_sound_mode(void* handle, uint32_t instance, uint32_t soundMode) {
+    return WithInstance(handle, instance,
+                        [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
+                            return manager.SetSoundMode(settings, soundMode);
+                        });
+}
+
+int zb_set_output_mode(void* handle, uint32_t instance, uint32_t outputMode) {
+    return WithInstance(handle, instance,
+                        [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
+                            return manager.SetOutputMode(settings, outputMode);
+                        });
+}
+
+int zb_set_volume(void* handle, uint32_t instance, double volume) {
+    return WithInstance(handle, instance,
+                        [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
+                            return manager.SetVolume(settings, volume);
+                        });
+}
+
+int zb_set_orientation(void* handle, uint32_t instance, int orientation) {
+    return WithInstance(handle, instance,
+                        [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
+                            return manager.SetOrientation(settings, orientation);
+                        });
+}
+
+int zb_set_parameter(void* handle, uint32_t instance, uint32_t index, double value) {
+    return WithInstance(handle, instance,
+                        [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
+                            return manager.SetParameter(settings, index, value);
+                        });
+}
+
+int zb_set_parameters_array(void* handle, uint32_t instance, uint32_t count,
+                            const uint32_t* indices, const double* values) {
+    return WithInstance(
+        handle, instance, [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
+            if (count != 0 && (indices == nullptr || values == nullptr)) {
+                return TesselFX::RejectNull("zb_set_parameters_array", "indices or values");
+            }
+            std::map<unsigned int, double> parameters;
+            for (uint32_t i = 0; i < count; ++i) {
+                parameters[indices[i]] = values[i];
+            }
+            return manager.SetParametersArray(settings, parameters, false);
+        });
+}
+
+int zb_set_command(void* handle, uint32_t instance, char* command) {
+    return WithInstance(handle, instance,
+                        [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
+                            if (command == nullptr) {
+                                return TesselFX::RejectNull("zb_set_command", "command");
+                            }
+                            const auto length = static_cast<unsigned int>(std::strlen(command) + 1);
+                            return manager.SetCommand(settings, command, length);
+                        });
+}
+
+int zb_get_command(void* handle, uint32_t instance, const char* command, char* reply,
+                   uint32_t replySize) {
+    return WithInstance(handle, instance,
+                        [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
+                            if (command == nullptr || reply == nullptr) {
+                                return TesselFX::RejectNull("zb_get_command", "command or reply");
+                            }
+                            const auto length = static_cast<unsigned int>(std::strlen(command) + 1);
+                            // The reply stays at least one byte short of the caller's buffer.
+                            unsigned int room = replySize == 0 ? 0 : replySize - 1;
+                            return manager.GetCommand(settings, command, length, reply, room);
+                        });
+}
+
+int zb_set_linklaws_value(void* handle, uint32_t instance, uint32_t sourceIndex, double sourceValue,
+                          double masterValue) {
+    return WithInstance(
+        handle, instance, [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
+            return manager.SetLinkLawsValue(settings, sourceIndex, sourceValue, masterValue);
+        });
+}
+
+int zb_wait_for_flush(void* handle, uint32_t instance) {
+    return WithInstance(handle, instance,
+                        [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
+                            return manager.WaitForFlush(settings);
+                        });
+}
+
+int zb_flush(void* handle, uint32_t instance) {
+    return WithInstance(handle, instance,
+                        [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
+                            return manager.Flush(settings);
+                        });
+}
+
+int zb_register_notifier(void* handle, uint32_t instance, notifier callback) {
+    return WithInstance(
+        handle, instance, [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
+            if (callback != nullptr) {
+                TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s is not available", "HalNotifier");
+                return false;
+            }
+            if (!manager.RegisterNotifier(settings, nullptr)) {
+                return false;
+            }
+            // The manager call may have destroyed the handle through a callback.
+            auto found = Table().entries.find(TesselFX::HandleKey(handle));
+            if (found != Table().entries.end()) {
+                found->second.notifiers.erase(instance);
+            }
+            return true;
+        });
+}
+
+int zb_set_data(void* handle, uint32_t instance, int32_t id, void* data, uint32_t size) {
+    return WithInstance(handle, instance,
+                        [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
+                            return manager.SetData(settings, id, data, size);
+                        });
+}
+
+int zb_get_version(void* handle, uint32_t instance, const char* versionType, char* versionString,
+                   uint32_t versionStringSize) {
+    return WithInstance(
+        handle, instance, [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
+            std::string version;
+            if (!manager.GetVersion(settings, versionType == nullptr ? "" : versionType, version)) {
+                return false;
+            }
+            if (versionString == nullptr || version.size() >= versionStringSize) {
+                TESSEL_LOG_ERROR(TESSEL_LOG_FXModule,
+                                 "%s versionStringSize %u is not enough, actual size %u",
+                                 "zorbaudio_get_version", versionStringSize,
+                                 static_cast<unsigned int>(version.size()));
+                return false;
+            }
+            std::strncpy(versionString, version.c_str(), versionStringSize);
+            return true;
+        });
+}
+
+int zb_on_dsp_wakeup(void* handle, uint32_t instance) {
+    return WithInstance(handle, instance,
+                        [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
+                            return manager.OnDspWakeUp(settings);
+                        });
+}
+
+int zb_is_feature_supported(void* handle, const char* feature) {
+    std::lock_guard<std::recursive_mutex> lock(Table().mutex);
+    TesselFX::HandleEntry* entry = TesselFX::FindEntry(handle);
+    if (entry == nullptr) {
+        return 0;
+    }
+    std::shared_ptr<HalControlManager> manager = entry->manager;
+    return manager->IsFeatureSupported(feature) ? 1 : 0;
+}

@@ -1,0 +1,568 @@
+#include "control/HalControlManagerImpl.h"
+
+#include "log/TesselLog.h"
+
+namespace TesselFX {
+
+namespace {
+
+constexpr const char* kHalControllerVersion = "1.553.0.0";
+
+/// The level-0 entry trace. The name is the method's full signature as written in its
+/// declaration, the same text with every compiler.
+void Entering(const char* prettyName) {
+    TESSEL_LOG(0, TESSEL_LOG_FXModule, "Entering function %s", prettyName);
+}
+
+/// An operation whose behaviour is not part of this library yet.
+bool NotAvailable(const char* operation) {
+    TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s is not available", operation);
+    return false;
+}
+
+}  // namespace
+
+HalControlManagerImpl::ControlHandlerVolumeChangedListener::ControlHandlerVolumeChangedListener(
+    HalControlManagerImpl* manager, const std::shared_ptr<IControlHandler>& handler)
+    : m_manager(manager), m_handler(handler) {}
+
+bool HalControlManagerImpl::ControlHandlerVolumeChangedListener::OnVolumeChanged(
+    const double& volumeDb) {
+    m_manager->m_linkLawSourceValues[m_handler][0] = volumeDb;
+    m_manager->NotifyLinkLawSourceValueChanged(m_handler, 0, volumeDb);
+    return true;
+}
+
+HalControlManagerImpl::HalControlManagerImpl() = default;
+
+HalControlManagerImpl::~HalControlManagerImpl() { UnregisterVolumeChangedListeners(); }
+
+void HalControlManagerImpl::UnregisterVolumeChangedListeners() {
+    for (const auto& entry : m_controlHandlers) {
+        if (entry.second) {
+            entry.second->UnregisterVolumeChangedListener();
+        }
+    }
+}
+
+bool HalControlManagerImpl::CheckAudioCalSettings(const zorbaudio_settings_t* settings) {
+    if (settings == nullptr || settings->settings == nullptr) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule,
+                         "%s: pZorbAudioSettings = NULL, please assign proper value.",
+                         "CheckAudioCalSettings");
+        return false;
+    }
+    if (settings->version != kSettingsVersion) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule,
+                         "%s: Major API version mismatch. Provided = %u, Supported = %u",
+                         "CheckAudioCalSettings", settings->version, kSettingsVersion);
+        return false;
+    }
+    return true;
+}
+
+HalControlManagerImpl::HandlerList HalControlManagerImpl::GetControlHandlers(
+    const zorbaudio_settings_t* settings) {
+    HandlerList handlers;
+    if (!CheckAudioCalSettings(settings)) {
+        return handlers;
+    }
+    for (const auto& entry : m_controlHandlers) {
+        if (entry.first && entry.second &&
+            settings->settings->Matches(entry.first->GetSettings().get())) {
+            handlers.push_back(entry.second);
+        }
+    }
+    if (handlers.empty()) {
+        TESSEL_LOG(3, TESSEL_LOG_FXModule, "%s: No CoppHandles matched search criteria %s",
+                   "GetControlHandlers", settings->settings->ToString().c_str());
+    }
+    return handlers;
+}
+
+bool HalControlManagerImpl::SelectControlHandlers(const zorbaudio_settings_t* settings,
+                                                  HandlerList& handlers) {
+    handlers = GetControlHandlers(settings);
+    if (handlers.empty()) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "no valid ControlHandler");
+        return false;
+    }
+    return true;
+}
+
+bool HalControlManagerImpl::RouteAll(const zorbaudio_settings_t* settings,
+                                     const HandlerOperation& operation) {
+    HandlerList handlers;
+    if (!SelectControlHandlers(settings, handlers)) {
+        return false;
+    }
+    bool result = true;
+    for (const auto& handler : handlers) {
+        result = operation(*handler) && result;
+    }
+    return result;
+}
+
+bool HalControlManagerImpl::RouteFirst(const zorbaudio_settings_t* settings,
+                                       const HandlerOperation& operation) {
+    HandlerList handlers;
+    return SelectControlHandlers(settings, handlers) && operation(*handlers.front());
+}
+
+bool HalControlManagerImpl::RouteAny(const zorbaudio_settings_t* settings,
+                                     const HandlerOperation& operation,
+                                     const std::string& failureText) {
+    HandlerList handlers;
+    if (!SelectControlHandlers(settings, handlers)) {
+        return false;
+    }
+    for (const auto& handler : handlers) {
+        if (operation(*handler)) {
+            return true;
+        }
+    }
+    if (!failureText.empty()) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s", failureText.c_str());
+    }
+    return false;
+}
+
+bool HalControlManagerImpl::Initialize(
+    const ControlHandlerMap& handlers, const std::set<std::string>& supportedFeatures,
+    const std::set<unsigned int>& excludedParameters,
+    const std::map<int, std::shared_ptr<CustomAction>>& customActions) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::Initialize(const "
+        "std::map<std::shared_ptr<IControlDescription>, std::shared_ptr<IControlHandler>> &, "
+        "const std::set<std::string> &, const std::set<unsigned int> &, const std::map<int, "
+        "std::shared_ptr<CustomAction>> &)");
+    if (&handlers != &m_controlHandlers) {
+        // Handlers that are replaced must not keep a listener that points back here.
+        UnregisterVolumeChangedListeners();
+        m_controlHandlers = handlers;
+    }
+    m_handlerDescriptions.clear();
+    for (const auto& entry : m_controlHandlers) {
+        if (!entry.second) {
+            continue;
+        }
+        entry.second->RegisterVolumeChangedListener(
+            std::make_shared<ControlHandlerVolumeChangedListener>(this, entry.second));
+        m_handlerDescriptions[entry.second] = entry.first;
+    }
+    m_supportedFeatures = supportedFeatures;
+    TESSEL_LOG(1, TESSEL_LOG_FXModule, "%s: Supported features count = %u", "Initialize",
+               static_cast<unsigned int>(m_supportedFeatures.size()));
+    for (const auto& feature : m_supportedFeatures) {
+        TESSEL_LOG(1, TESSEL_LOG_FXModule, "%s: %s", "Initialize", feature.c_str());
+    }
+    m_excludedParameters = excludedParameters;
+    m_customActions = customActions;
+    return true;
+}
+
+bool HalControlManagerImpl::SetLrSwap(const zorbaudio_settings_t* settings, bool lrSwap) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::SetLrSwap(const zorbaudio_settings_t *, "
+        "bool)");
+    return RouteAll(settings, [&](IControlHandler& handler) { return handler.SetLrSwap(lrSwap); });
+}
+
+bool HalControlManagerImpl::SetActive(const zorbaudio_settings_t* settings, unsigned int outputMode,
+                                      unsigned int soundMode) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::SetActive(const zorbaudio_settings_t *, "
+        "unsigned int, unsigned int)");
+    return RouteAll(settings, [&](IControlHandler& handler) {
+        return handler.SetActive(outputMode, soundMode);
+    });
+}
+
+bool HalControlManagerImpl::SetSoundMode(const zorbaudio_settings_t* settings,
+                                         unsigned int soundMode) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::SetSoundMode(const zorbaudio_settings_t "
+        "*, unsigned int)");
+    return RouteAll(settings,
+                    [&](IControlHandler& handler) { return handler.SetSoundMode(soundMode); });
+}
+
+bool HalControlManagerImpl::SetOutputMode(const zorbaudio_settings_t* settings,
+                                          unsigned int outputMode) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::SetOutputMode(const zorbaudio_settings_t "
+        "*, unsigned int)");
+    return RouteAll(settings,
+                    [&](IControlHandler& handler) { return handler.SetOutputMode(outputMode); });
+}
+
+bool HalControlManagerImpl::SetVolume(const zorbaudio_settings_t* settings, double volume) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::SetVolume(const zorbaudio_settings_t *, "
+        "double)");
+    return RouteAll(settings, [&](IControlHandler& handler) { return handler.SetVolume(volume); });
+}
+
+bool HalControlManagerImpl::SetVolumeTable(const zorbaudio_settings_t* settings, size_t count,
+                                           const zorbaudio_stream_volume_t* volumes) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::SetVolumeTable(const zorbaudio_settings_t "
+        "*, size_t, const zorbaudio_stream_volume_t *)");
+    if (count == 0 || volumes == nullptr || !CheckAudioCalSettings(settings)) {
+        return false;
+    }
+    std::map<unsigned int, double> table;
+    for (size_t i = 0; i < count; ++i) {
+        if (volumes[i].active != 0) {
+            table[static_cast<unsigned int>(i)] = static_cast<double>(volumes[i].volume);
+        }
+    }
+    bool result = true;
+    for (const auto& handler : GetControlHandlers(settings)) {
+        result = handler->SetVolumeTable(table) && result;
+    }
+    return result;
+}
+
+bool HalControlManagerImpl::SetOrientation(const zorbaudio_settings_t* settings, int orientation) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::SetOrientation(const zorbaudio_settings_t "
+        "*, int)");
+    return RouteAll(settings,
+                    [&](IControlHandler& handler) { return handler.SetOrientation(orientation); });
+}
+
+bool HalControlManagerImpl::SetEnable(const zorbaudio_settings_t* settings, bool enable) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::SetEnable(const zorbaudio_settings_t *, "
+        "bool)");
+    return RouteAll(settings, [&](IControlHandler& handler) { return handler.SetEnable(enable); });
+}
+
+bool HalControlManagerImpl::GetEnable(const zorbaudio_settings_t* settings, bool& enable) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::GetEnable(const zorbaudio_settings_t *, "
+        "bool &)");
+    return RouteFirst(settings, [&](IControlHandler& handler) {
+        enable = handler.GetEnable();
+        return true;
+    });
+}
+
+bool HalControlManagerImpl::SetBypass(const zorbaudio_settings_t* settings, bool bypass) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::SetBypass(const zorbaudio_settings_t *, "
+        "bool)");
+    return RouteAll(settings, [&](IControlHandler& handler) { return handler.SetBypass(bypass); });
+}
+
+bool HalControlManagerImpl::GetBypass(const zorbaudio_settings_t* settings, bool& bypass) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::GetBypass(const zorbaudio_settings_t *, "
+        "bool &)");
+    return RouteFirst(settings, [&](IControlHandler& handler) {
+        bypass = handler.GetBypass();
+        return true;
+    });
+}
+
+bool HalControlManagerImpl::StartTuningMode(const zorbaudio_settings_t* settings, bool start) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::StartTuningMode(const "
+        "zorbaudio_settings_t *, bool)");
+    return RouteAll(settings,
+                    [&](IControlHandler& handler) { return handler.StartTuningMode(start); });
+}
+
+bool HalControlManagerImpl::IsTuningMode(const zorbaudio_settings_t* settings, bool& tuningMode) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::IsTuningMode(const zorbaudio_settings_t "
+        "*, bool &)");
+    return RouteFirst(settings, [&](IControlHandler& handler) {
+        tuningMode = handler.IsTuningMode();
+        return true;
+    });
+}
+
+bool HalControlManagerImpl::SetParametersArray(const zorbaudio_settings_t* settings,
+                                               const std::map<unsigned int, double>& parameters,
+                                               bool flag) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::SetParametersArray(const "
+        "zorbaudio_settings_t *, const std::map<unsigned int, double> &, bool)");
+    return RouteAll(settings, [&](IControlHandler& handler) {
+        return handler.SetParametersArray(parameters, flag);
+    });
+}
+
+bool HalControlManagerImpl::SetParametersArrayFromTuning(
+    const zorbaudio_settings_t* settings, const std::map<unsigned int, double>& parameters,
+    bool flag) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::SetParametersArrayFromTuning(const "
+        "zorbaudio_settings_t *, const std::map<unsigned int, double> &, bool)");
+    return RouteAll(settings, [&](IControlHandler& handler) {
+        handler.CreateTuningData();
+        return handler.SetParametersArrayFromTuning(parameters, flag);
+    });
+}
+
+bool HalControlManagerImpl::GetParametersArray(const zorbaudio_settings_t* settings,
+                                               const std::vector<unsigned int>& ids,
+                                               std::map<unsigned int, double>& parameters) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::GetParametersArray(const "
+        "zorbaudio_settings_t *, const std::vector<unsigned int> &, std::map<unsigned int, "
+        "double> &)");
+    HandlerList handlers;
+    if (!SelectControlHandlers(settings, handlers)) {
+        return false;
+    }
+    for (const auto& handler : handlers) {
+        if (ids.empty()) {
+            if (handler->GetParametersArray(parameters)) {
+                return true;
+            }
+            continue;
+        }
+        std::vector<unsigned int> requested = ids;
+        std::vector<unsigned int> foundIds;
+        std::vector<double> values;
+        if (handler->GetParametersArray(requested, foundIds, values)) {
+            for (size_t i = 0; i < foundIds.size() && i < values.size(); ++i) {
+                parameters[foundIds[i]] = values[i];
+            }
+            return true;
+        }
+    }
+    TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "no parameter is found");
+    return false;
+}
+
+bool HalControlManagerImpl::SetParameter(const zorbaudio_settings_t* settings, unsigned int index,
+                                         double value) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::SetParameter(const zorbaudio_settings_t "
+        "*, unsigned int, double)");
+    return RouteAll(settings,
+                    [&](IControlHandler& handler) { return handler.SetParameter(index, value); });
+}
+
+bool HalControlManagerImpl::SetParameterFromTuning(const zorbaudio_settings_t* settings,
+                                                   unsigned int index, double value) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::SetParameterFromTuning(const "
+        "zorbaudio_settings_t *, unsigned int, double)");
+    return RouteAll(settings, [&](IControlHandler& handler) {
+        handler.CreateTuningData();
+        return handler.SetParameterFromTuning(index, value);
+    });
+}
+
+bool HalControlManagerImpl::GetParameter(const zorbaudio_settings_t* settings, unsigned int index,
+                                         double& value) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::GetParameter(const zorbaudio_settings_t "
+        "*, unsigned int, double &)");
+    return RouteAny(
+        settings, [&](IControlHandler& handler) { return handler.GetParameter(index, value); },
+        "parameter " + std::to_string(index) + " is found");
+}
+
+bool HalControlManagerImpl::IsFeatureSupported(const char* feature) {
+    Entering("virtual bool TesselFX::HalControlManagerImpl::IsFeatureSupported(const char *)");
+    if (feature == nullptr) {
+        return false;
+    }
+    TESSEL_LOG(1, TESSEL_LOG_FXModule, "%s: %s", "IsFeatureSupported", feature);
+    return m_supportedFeatures.count(feature) != 0;
+}
+
+bool HalControlManagerImpl::SetLinkLawsValue(const zorbaudio_settings_t*, unsigned int, double,
+                                             double) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::SetLinkLawsValue(const "
+        "zorbaudio_settings_t *, unsigned int, double, double)");
+    return NotAvailable("SetLinkLawsValue");
+}
+
+bool HalControlManagerImpl::GetLinkLawsSourceValue(const zorbaudio_settings_t*, unsigned int,
+                                                   double&) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::GetLinkLawsSourceValue(const "
+        "zorbaudio_settings_t *, unsigned int, double &)");
+    return NotAvailable("GetLinkLawsSourceValue");
+}
+
+bool HalControlManagerImpl::GetLinkLawsSourceValues(const zorbaudio_settings_t*,
+                                                    const std::vector<unsigned int>&,
+                                                    std::map<unsigned int, double>&) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::GetLinkLawsSourceValues(const "
+        "zorbaudio_settings_t *, const std::vector<unsigned int> &, std::map<unsigned int, "
+        "double> &)");
+    return NotAvailable("GetLinkLawsSourceValues");
+}
+
+bool HalControlManagerImpl::GetLinkLawsParametersArray(const zorbaudio_settings_t*,
+                                                       std::map<unsigned int, double>&) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::GetLinkLawsParametersArray(const "
+        "zorbaudio_settings_t *, std::map<unsigned int, double> &)");
+    return NotAvailable("GetLinkLawsParametersArray");
+}
+
+bool HalControlManagerImpl::SetChunk(const zorbaudio_settings_t* settings, unsigned int index,
+                                     const std::vector<char>& data) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::SetChunk(const zorbaudio_settings_t *, "
+        "unsigned int, const std::vector<char> &)");
+    return RouteAll(settings,
+                    [&](IControlHandler& handler) { return handler.SetChunk(index, data); });
+}
+
+bool HalControlManagerImpl::SetChunkFromTuning(const zorbaudio_settings_t* settings,
+                                               unsigned int index, const std::vector<char>& data) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::SetChunkFromTuning(const "
+        "zorbaudio_settings_t *, unsigned int, const std::vector<char> &)");
+    return RouteAll(settings, [&](IControlHandler& handler) {
+        handler.CreateTuningData();
+        return handler.SetChunkFromTuning(index, data);
+    });
+}
+
+bool HalControlManagerImpl::GetChunk(const zorbaudio_settings_t* settings, unsigned int index,
+                                     std::vector<char>& data) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::GetChunk(const zorbaudio_settings_t *, "
+        "unsigned int, std::vector<char> &)");
+    return RouteAny(
+        settings, [&](IControlHandler& handler) { return handler.GetChunk(index, data); },
+        "no chunk for index " + std::to_string(index) + " is found");
+}
+
+bool HalControlManagerImpl::GetDspVersion(const zorbaudio_settings_t* settings,
+                                          std::string& version) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::GetDspVersion(const zorbaudio_settings_t "
+        "*, std::string &)");
+    return RouteAny(
+        settings, [&](IControlHandler& handler) { return handler.GetDspVersion(version); }, "");
+}
+
+bool HalControlManagerImpl::WaitForFlush(const zorbaudio_settings_t* settings) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::WaitForFlush(const zorbaudio_settings_t "
+        "*)");
+    return RouteAll(settings, [](IControlHandler& handler) { return handler.WaitForFlush(); });
+}
+
+bool HalControlManagerImpl::Flush(const zorbaudio_settings_t* settings) {
+    Entering("virtual bool TesselFX::HalControlManagerImpl::Flush(const zorbaudio_settings_t *)");
+    return RouteAll(settings, [](IControlHandler& handler) { return handler.Flush(); });
+}
+
+bool HalControlManagerImpl::GetVersion(const zorbaudio_settings_t* settings,
+                                       const std::string& versionType, std::string& version) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::GetVersion(const zorbaudio_settings_t *, "
+        "const std::string &, std::string &)");
+    if (versionType == "dsp") {
+        return GetDspVersion(settings, version);
+    }
+    if (versionType == "halcontroller") {
+        version = kHalControllerVersion;
+        return true;
+    }
+    if (versionType == "dspkit") {
+        version = m_dspKitVersion;
+        return true;
+    }
+    TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "not supported version type %s", versionType.c_str());
+    return false;
+}
+
+bool HalControlManagerImpl::SetData(const zorbaudio_settings_t*, int, const void*, unsigned int) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::SetData(const zorbaudio_settings_t *, "
+        "int, const void *, unsigned int)");
+    return NotAvailable("SetData");
+}
+
+bool HalControlManagerImpl::OnDspWakeUp(const zorbaudio_settings_t* settings) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::OnDspWakeUp(const zorbaudio_settings_t "
+        "*)");
+    return RouteAll(settings, [](IControlHandler& handler) { return handler.OnDspWakeUp(); });
+}
+
+void HalControlManagerImpl::SetMessageBufferSize(unsigned int size) {
+    Entering("virtual void TesselFX::HalControlManagerImpl::SetMessageBufferSize(unsigned int)");
+    m_messageBufferSize = size;
+    m_maxNotificationSize = (size / 4) * 3;
+    m_maxParametersPerNotification = size / 16;
+}
+
+void HalControlManagerImpl::SetDspKitVersion(const std::string& version) {
+    Entering("virtual void TesselFX::HalControlManagerImpl::SetDspKitVersion(const std::string &)");
+    m_dspKitVersion = version;
+}
+
+bool HalControlManagerImpl::GetTuningModeValidation(const zorbaudio_settings_t*, bool& valid) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::GetTuningModeValidation(const "
+        "zorbaudio_settings_t *, bool &)");
+    valid = true;
+    return true;
+}
+
+bool HalControlManagerImpl::GetMeters(const zorbaudio_settings_t* settings,
+                                      const std::map<uint32_t, CMeterInfo>& infos,
+                                      std::map<uint32_t, CMeterValue>& values) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::GetMeters(const zorbaudio_settings_t *, "
+        "const std::map<uint32_t, CMeterInfo> &, std::map<uint32_t, CMeterValue> &)");
+    return RouteAny(
+        settings, [&](IControlHandler& handler) { return handler.GetMeters(infos, values); },
+        "fail to get meters");
+}
+
+bool HalControlManagerImpl::SetFullPresetFromTuning(const zorbaudio_settings_t*,
+                                                    const TesselTuning::FullPreset&, bool) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::SetFullPresetFromTuning(const "
+        "zorbaudio_settings_t *, const TesselTuning::FullPreset &, bool)");
+    return NotAvailable("SetFullPresetFromTuning");
+}
+
+bool HalControlManagerImpl::GetFullPreset(const zorbaudio_settings_t*, TesselTuning::FullPreset&) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::GetFullPreset(const zorbaudio_settings_t "
+        "*, TesselTuning::FullPreset &)");
+    return NotAvailable("GetFullPreset");
+}
+
+bool HalControlManagerImpl::RegisterNotifier(const zorbaudio_settings_t*,
+                                             const std::shared_ptr<IHalNotifier>&) {
+    Entering(
+        "virtual bool TesselFX::HalControlManagerImpl::RegisterNotifier(const "
+        "zorbaudio_settings_t *, const std::shared_ptr<IHalNotifier> &)");
+    return NotAvailable("RegisterNotifier");
+}
+
+std::shared_ptr<IHalNotifier> HalControlManagerImpl::GetNotifier(
+    const std::shared_ptr<IControlHandler>& handler) {
+    auto found = m_notifiers.find(handler);
+    return found == m_notifiers.end() ? nullptr : found->second;
+}
+
+void HalControlManagerImpl::NotifyLinkLawSourceValueChanged(
+    const std::shared_ptr<IControlHandler>& handler, unsigned int, double) {
+    if (!GetNotifier(handler)) {
+        return;
+    }
+    NotAvailable("NotifyLinkLawSourceValueChanged");
+}
+
+}  // namespace TesselFX

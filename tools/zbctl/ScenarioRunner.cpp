@@ -125,6 +125,7 @@ int ScenarioRunner::NotifyTrampoline(void*, const void* data, uint32_t size, voi
     if (runner->m_options.json) {
         (*runner->m_current)["events"].push_back({{"notification", text}});
     } else {
+        runner->FlushHeader();
         runner->m_out << "    notification: " << text << "\n";
     }
     return 0;
@@ -155,6 +156,7 @@ int ScenarioRunner::Send(uint32_t instance, const void* data, uint32_t size, voi
         (*m_current)["events"].push_back({{"frame", frame}});
         return status;
     }
+    FlushHeader();
     m_out << "    frame to instance " << instance << ": opcode " << exchange.opcode << " ("
           << OpcodeName(exchange.opcode) << "), " << size << " bytes";
     if (exchange.opcode == 1) {
@@ -179,7 +181,13 @@ void ScenarioRunner::BeginCall(size_t line, const std::string& text) {
         m_current = &m_json["calls"].back();
         return;
     }
-    m_out << (line == 0 ? std::string() : "line " + std::to_string(line) + ": ") << text << "\n";
+    m_pendingHeader = (line == 0 ? std::string() : "line " + std::to_string(line) + ": ") + text;
+}
+
+void ScenarioRunner::FlushHeader() {
+    if (m_pendingHeader.empty()) return;
+    m_out << m_pendingHeader << "\n";
+    m_pendingHeader.clear();
 }
 
 void ScenarioRunner::EndCall(int result, const std::string& detail) {
@@ -188,13 +196,21 @@ void ScenarioRunner::EndCall(int result, const std::string& detail) {
         if (!detail.empty()) (*m_current)["answer"] = detail;
         return;
     }
-    m_out << "    = " << result << (detail.empty() ? "" : " \"" + detail + "\"") << "\n";
+    const std::string answer =
+        " = " + std::to_string(result) + (detail.empty() ? "" : " \"" + detail + "\"");
+    if (m_pendingHeader.empty()) {
+        m_out << "   " << answer << "\n";
+    } else {
+        m_out << m_pendingHeader << answer << "\n";
+        m_pendingHeader.clear();
+    }
 }
 
 void ScenarioRunner::Note(const std::string& text) {
     if (m_options.json) {
         m_json["notes"].push_back(text);
     } else {
+        FlushHeader();
         m_out << "# " << text << "\n";
     }
 }
@@ -315,7 +331,7 @@ int ScenarioRunner::Run() {
         }
         if (step.call != ScenarioCall::kInstance) Render();
     }
-    BeginCall(0, "zb_destroy");
+    if (!m_options.json) m_out << "zb_destroy\n";
     api.destroy(&m_handle);
     m_handle = nullptr;
     if (!m_input.samples.empty()) {

@@ -59,6 +59,8 @@ class ScenarioRunner {
     int Call(const ScenarioStep& step);
     void BeginCall(size_t line, const std::string& text);
     void EndCall(int result, const std::string& detail = "");
+    /// Prints the header of the call being traced, once, before its first event.
+    void FlushHeader();
     void Note(const std::string& text);
     void Render();
 
@@ -71,6 +73,7 @@ class ScenarioRunner {
     uint32_t m_channels = 2;
     uint32_t m_sampleSize = 4;
     std::string m_tempConfig;
+    std::string m_pendingHeader;                  // the call being traced, text mode
     nlohmann::ordered_json m_json;                // the JSON trace
     nlohmann::ordered_json* m_current = nullptr;  // the call being traced, JSON mode
     AudioBuffer m_input;

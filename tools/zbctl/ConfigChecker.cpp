@@ -85,11 +85,10 @@ void ConfigChecker::IndexLines() {
         }
         const size_t equals = line.find('=');
         if (equals == std::string::npos || equals == 0) {
-            Add(number, "line " + std::to_string(number),
-                "neither a section, a key nor a comment: ignored", false);
-        } else if (!inSection) {
-            Add(number, "line " + std::to_string(number), "key before the first section: dropped",
+            Add(number, "\"" + line + "\"", "neither a section, a key nor a comment: ignored",
                 false);
+        } else if (!inSection) {
+            Add(number, "\"" + line + "\"", "key before the first section: dropped", false);
         } else {
             m_keyLines[{section, Lower(CIniFile::Trim(line.substr(0, equals)))}] = number;
         }

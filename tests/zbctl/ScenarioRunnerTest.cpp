@@ -116,3 +116,108 @@ TEST(ScenarioRunner, AudioAfterBypassEqualsTheInput) {
 }  // namespace
 }  // namespace zbctl
 }  // namespace TesselFX
+
+namespace TesselFX {
+namespace zbctl {
+namespace {
+
+// The host side against a library that sends known frames: trace, DSP and audio.
+class ScenarioRunnerHostSide : public ::testing::Test {
+  protected:
+    std::string Arguments(const std::string& extra = "") const {
+        return "run --library " + std::string(ZBCTL_FAKE_HAL) + " --scenario " + m_scenario + " " +
+               extra;
+    }
+
+    test::TempDir m_dir;
+    std::string m_scenario = m_dir.Write("host.scenario",
+                                         "set_volume 0.5\n"
+                                         "set_bypass 1   # off\n"
+                                         "get_version dsp\n"
+                                         "set_bypass 0\n"
+                                         "instance 1\n"
+                                         "set_volume 0.25\n"
+                                         "set_output_mode 3\n");
+};
+
+TEST_F(ScenarioRunnerHostSide, TracesCallsFramesRepliesAndNotifications) {
+    const test::CommandResult result = test::RunZbctl(Arguments());
+    ASSERT_EQ(result.status, 0) << result.out;
+    const size_t start = result.out.find("zb_create");
+    ASSERT_NE(start, std::string::npos);
+    EXPECT_EQ(result.out.substr(start),
+              "zb_create = 1\n"
+              "zb_initialize = 1\n"
+              "zb_register_notifier 0 = 1\n"
+              "zb_register_notifier 1 = 1\n"
+              "line 1: set_volume 0.5\n"
+              "    frame to instance 0: opcode 1 (set coefficients), 20 bytes, 1 block: 10\n"
+              "    = 1\n"
+              "line 2: set_bypass 1\n"
+              "    frame to instance 0: opcode 1 (set coefficients), 80 bytes, 1 block: 4096\n"
+              "    notification: bypass=1\n"
+              "    = 1\n"
+              "line 3: get_version dsp\n"
+              "    frame to instance 0: opcode 5 (get version), 4 bytes; reply 6, 31 bytes "
+              "\"DspKitSim 1.00 stand-in\"\n"
+              "    = 1 \"DspKitSim 1.00 stand-in\"\n"
+              "line 4: set_bypass 0\n"
+              "    frame to instance 0: opcode 1 (set coefficients), 80 bytes, 1 block: 4096\n"
+              "    notification: bypass=0\n"
+              "    = 1\n"
+              "line 5: instance 1 = 1\n"
+              "line 6: set_volume 0.25\n"
+              "    frame to instance 1: opcode 1 (set coefficients), 20 bytes, 1 block: 10\n"
+              "    = 1\n"
+              "line 7: set_output_mode 3 = 0\n"
+              "zb_destroy\n");
+
+    const Json trace = Json::parse(test::RunZbctl(Arguments("--json")).out);
+    EXPECT_EQ(trace["calls"][5]["call"], "set_bypass 1");
+    EXPECT_EQ(
+        trace["calls"][5]["events"],
+        Json::parse(
+            R"([{"frame": {"instance": 0, "opcode": 1, "size": 80, "blocks": [4096], "status": 0}},
+                              {"notification": "bypass=1"}])"));
+}
+
+TEST_F(ScenarioRunnerHostSide, RendersOneSegmentPerStepThroughTheCoefficientsInForce) {
+    const std::string input = std::string(ZBCTL_BUILD_EXAMPLES_DIR) + "/example_input.wav";
+    const std::string output = m_dir.File("out.wav");
+    ASSERT_EQ(test::RunZbctl(Arguments("--input " + input + " --output " + output)).status, 0);
+    const AudioBuffer in = ReadWav(input);
+    const AudioBuffer out = ReadWav(output);
+    EXPECT_EQ(out.sampleRate, in.sampleRate);
+    ASSERT_EQ(out.samples.size(), 6 * in.samples.size());  // the instance line renders nothing
+    std::vector<float> half = in.samples;
+    for (float& sample : half) sample *= 0.5f;
+    const size_t length = in.samples.size();
+    const auto segment = [&](size_t i) {
+        return std::vector<float>(out.samples.begin() + static_cast<long>(i * length),
+                                  out.samples.begin() + static_cast<long>((i + 1) * length));
+    };
+    EXPECT_EQ(segment(0), half);        // gain 0.5
+    EXPECT_EQ(segment(1), in.samples);  // bypass
+    EXPECT_EQ(segment(2), in.samples);
+    EXPECT_EQ(segment(3), half);  // bypass off
+    EXPECT_EQ(segment(4), half);  // instance 1 changed, instance 0 renders
+    EXPECT_EQ(segment(5), half);
+}
+
+TEST_F(ScenarioRunnerHostSide, ReportsAFailedInitializationAndBadOptions) {
+    test::CommandResult result = test::RunZbctl(Arguments("--system-presets /nonexistent.zps"));
+    EXPECT_EQ(result.status, 3);
+    EXPECT_NE(result.out.find("zb_initialize = 0\n# zb_initialize failed:"), std::string::npos)
+        << result.out;
+    EXPECT_EQ(result.out.find("line 1"), std::string::npos);
+    EXPECT_EQ(test::RunZbctl(Arguments("--input /nonexistent.wav --output x.wav")).status, 2);
+    EXPECT_EQ(test::RunZbctl(Arguments("--dspkit ''")).status, 2);
+    EXPECT_EQ(test::RunZbctl(Arguments("--dspkit '/a b.so'")).status, 2);
+    EXPECT_EQ(test::RunZbctl("run --library /nonexistent/lib.so").status, 2);
+    EXPECT_EQ(test::RunZbctl("run --library " + std::string(ZBCTL_DSPKIT_LIBRARY)).status,
+              2);  // no zb_*
+}
+
+}  // namespace
+}  // namespace zbctl
+}  // namespace TesselFX

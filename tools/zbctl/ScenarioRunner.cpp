@@ -89,6 +89,7 @@ std::string ScenarioRunner::PrepareConfig() {
         m_channels = static_cast<uint32_t>(config.GetAudioFormatChannels());
         m_sampleSize = static_cast<uint32_t>(config.GetAudioFormatSampleSize());
     }
+    if (m_options.dspKit.empty()) throw ZbctlError("no DSP library: give --dspkit");
     if (m_options.dspKit.find_first_of(" \t\r\n\v\f") != std::string::npos) {
         throw ZbctlError("the DSP library path must not hold white space: " + m_options.dspKit);
     }
@@ -160,7 +161,8 @@ int ScenarioRunner::Send(uint32_t instance, const void* data, uint32_t size, voi
     m_out << "    frame to instance " << instance << ": opcode " << exchange.opcode << " ("
           << OpcodeName(exchange.opcode) << "), " << size << " bytes";
     if (exchange.opcode == 1) {
-        m_out << ", " << exchange.blockIds.size() << " blocks:";
+        m_out << ", " << exchange.blockIds.size()
+              << (exchange.blockIds.size() == 1 ? " block:" : " blocks:");
         for (uint32_t id : exchange.blockIds) m_out << " " << id;
     }
     if (exchange.replyCode != 0)

@@ -204,7 +204,7 @@ bool ControlHandler::SetOrientation(int orientation) {
     if (mask != m_orientationSubtype) {
         TESSEL_LOG(1, TESSEL_LOG_FXModule,
                    "%s::SetOrientation Subtype changed for new orientation, applying new preset.",
-                   GetDescriptionString().c_str());
+                   "ControlHandler");
         m_orientationSubtype = mask;
         ApplySubtypeMasks();
         // A failed send is deliberately not reported: the state moved and the next full send

@@ -1,0 +1,525 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "ControlMocks.h"
+#include "LogCapture.h"
+#include "config/OrientationPolicy.h"
+#include "control/ControlHandler.h"
+
+namespace TesselFX {
+namespace test {
+namespace {
+
+using ::testing::_;
+using ::testing::DoAll;
+using ::testing::DoubleNear;
+using ::testing::Invoke;
+using ::testing::NiceMock;
+using ::testing::Return;
+using ::testing::SaveArg;
+using ::testing::SetArgReferee;
+using ::testing::Truly;
+using Buffers = std::vector<std::vector<char>>;
+
+const double kMinusInfinity = -std::numeric_limits<double>::infinity();
+
+/// Error texts without their source position lines, in order.
+std::vector<std::string> ErrorTexts(const LogCapture& capture) {
+    std::vector<std::string> texts;
+    for (const auto& text : capture.Texts(4)) {
+        if (text.find(".cpp:") == std::string::npos) {
+            texts.push_back(text);
+        }
+    }
+    return texts;
+}
+
+class MockParametersListener : public IParametersAndChunksChangedListener {
+  public:
+    MOCK_METHOD(void, OnParametersChanged, ((const std::map<unsigned int, double>&)), (override));
+    MOCK_METHOD(void, OnChunksChanged, ((const std::map<unsigned int, std::vector<char>>&)),
+                (override));
+};
+
+class MockVolumeListener : public IVolumeTableHelper::VolumeChangedListener {
+  public:
+    MOCK_METHOD(bool, OnVolumeChanged, (const double&), (override));
+};
+
+/// A handler over fakes. The generator writes recognisable buffers: enable 'E', bypass 'B',
+/// swap 'S' with the value byte; system volume 'V' with its flag; a parameter set 'P' with
+/// the parameter count. The sender records every buffer and answers with sendResult.
+/// Presets of the description: Music (0, 0), Movie (0, 1), Speaker (1, 0). A preset handle's
+/// parameters are {1: 0.0, 100: 10 * om + sm} and its link-law chunk is "LL".
+class ControlHandlerTest : public ::testing::Test {
+  protected:
+    ControlHandlerTest() {
+        description = std::make_shared<FakeControlDescription>(
+            std::vector<std::shared_ptr<PresetDescription>>{
+                std::make_shared<PresetDescription>("Music", 0, 0, 0, "VST", "OST"),
+                std::make_shared<PresetDescription>("Movie", 0, 1, 0, "VST", "OST"),
+                std::make_shared<PresetDescription>("Speaker", 1, 0, 0, "VST", "OST")});
+        description->GetSettings()->AddString("INSTANCE", "0");
+        orientationPolicy = std::make_shared<OrientationPolicy>(
+            std::map<std::string, std::map<OrientationAngle, SubTypeMask>>{
+                {"Music", {{0, 0}, {90, 4}}}},
+            std::map<std::string, OrientationAngle>{{"Music", 90}});
+
+        ON_CALL(*volumePolicy, GetDefaultVolume()).WillByDefault(Return(0.5f));
+        ON_CALL(*volumePolicy, GetSubtypeMaskForVolume(_, _)).WillByDefault(Return(2u));
+        ON_CALL(*presetSet, RequestPresetHandle(_, _))
+            .WillByDefault(Invoke([this](unsigned int om, unsigned int sm) {
+                auto& handle = handles[{om, sm}];
+                if (!handle) {
+                    handle = std::make_shared<NiceMock<MockPresetHandle>>();
+                    ON_CALL(*handle, GetAllParameters())
+                        .WillByDefault(Return(
+                            std::map<unsigned int, double>{{1, 0.0}, {100, 10.0 * om + sm}}));
+                    ON_CALL(*handle, GetChunk(1, _))
+                        .WillByDefault(
+                            DoAll(SetArgReferee<1>(std::vector<char>{'L', 'L'}), Return(true)));
+                }
+                return handle;
+            }));
+        ON_CALL(*sender, Send(_, _))
+            .WillByDefault(Invoke([this](const std::shared_ptr<CommonSettings>& settings,
+                                         const std::vector<char>& buffer) {
+                EXPECT_EQ(settings, description->GetSettings());
+                sent.push_back(buffer);
+                return sendResult;
+            }));
+        ON_CALL(*generator, MakeSetEnableBuffer(_, _))
+            .WillByDefault(Invoke([](std::vector<char>& out, bool value) {
+                out = {'E', static_cast<char>(value)};
+                return kStatusOk;
+            }));
+        ON_CALL(*generator, MakeSetBypassBuffer(_, _))
+            .WillByDefault(Invoke([](std::vector<char>& out, bool value) {
+                out = {'B', static_cast<char>(value)};
+                return kStatusOk;
+            }));
+        ON_CALL(*generator, MakeSetLrSwapBuffer(_, _))
+            .WillByDefault(Invoke([](std::vector<char>& out, bool value) {
+                out = {'S', static_cast<char>(value)};
+                return kStatusOk;
+            }));
+        ON_CALL(*generator, MakeSetSystemVolumeBuffer(_, _))
+            .WillByDefault(Invoke([](std::vector<char>& out, bool flag) {
+                out = {'V', static_cast<char>(flag)};
+                return kStatusOk;
+            }));
+        ON_CALL(*generator, MakeSetParameterArrayBuffer(_, _, _))
+            .WillByDefault(
+                Invoke([](Buffers& out, const std::map<unsigned int, double>& parameters, bool) {
+                    out.push_back({'P', static_cast<char>(parameters.size())});
+                    return kStatusOk;
+                }));
+    }
+
+    void Make() {
+        handler = std::make_unique<ControlHandler>(sender, description, presetSet, volumePolicy,
+                                                   volumeTableHelper, orientationPolicy, generator,
+                                                   parser, converter);
+        sent.clear();
+    }
+
+    std::shared_ptr<NiceMock<MockPresetHandle>> Handle(unsigned int om, unsigned int sm) {
+        return handles[{om, sm}];
+    }
+
+    std::shared_ptr<NiceMock<MockDspBufferSender>> sender =
+        std::make_shared<NiceMock<MockDspBufferSender>>();
+    std::shared_ptr<FakeControlDescription> description;
+    std::shared_ptr<NiceMock<MockPresetSet>> presetSet =
+        std::make_shared<NiceMock<MockPresetSet>>();
+    std::shared_ptr<NiceMock<MockVolumePolicy>> volumePolicy =
+        std::make_shared<NiceMock<MockVolumePolicy>>();
+    std::shared_ptr<NiceMock<MockVolumeTableHelper>> volumeTableHelper =
+        std::make_shared<NiceMock<MockVolumeTableHelper>>();
+    std::shared_ptr<OrientationPolicy> orientationPolicy;
+    std::shared_ptr<NiceMock<MockGenerator>> generator =
+        std::make_shared<NiceMock<MockGenerator>>();
+    std::shared_ptr<NiceMock<MockReplyParser>> parser =
+        std::make_shared<NiceMock<MockReplyParser>>();
+    std::shared_ptr<NiceMock<MockMasterValueConverter>> converter =
+        std::make_shared<NiceMock<MockMasterValueConverter>>();
+    std::map<OmSm, std::shared_ptr<NiceMock<MockPresetHandle>>> handles;
+    Buffers sent;
+    bool sendResult = true;
+    std::unique_ptr<ControlHandler> handler;
+};
+
+const std::vector<char> kParameters{'P', 2};
+
+TEST_F(ControlHandlerTest, ConstructionTakesTheFirstPresetAndSendsNothing) {
+    IVolumeTableHelper::VolumeChangedListener* listener = nullptr;
+    EXPECT_CALL(*volumeTableHelper, SetListener(_)).WillOnce(SaveArg<0>(&listener));
+    EXPECT_CALL(*presetSet, RequestPresetHandle(0u, 0u)).Times(1);
+    EXPECT_CALL(*volumePolicy, GetSubtypeMaskForVolume("Music", DoubleNear(-6.0206, 1e-4)));
+    EXPECT_CALL(*sender, Send(_, _)).Times(0);
+    LogCapture capture;
+    Make();
+
+    EXPECT_EQ(listener, static_cast<IVolumeTableHelper::VolumeChangedListener*>(handler.get()));
+    EXPECT_EQ(handler->GetVolume(), 0.5);
+    EXPECT_EQ(handler->GetSubtypeMasks(), 6u);  // volume 2, orientation 4 at the default 90
+    EXPECT_TRUE(handler->GetEnable());
+    EXPECT_FALSE(handler->GetBypass());
+    EXPECT_FALSE(handler->GetLrSwap());
+    EXPECT_FALSE(handler->IsTuningMode());
+    EXPECT_EQ(handler->GetDescriptionString(), "ControlHandler[sm=0;om=0;INSTANCE=0;] :");
+    const auto texts = capture.Texts(1);
+    ASSERT_GE(texts.size(), 3u);
+    EXPECT_EQ(
+        std::vector<std::string>(texts.end() - 3, texts.end()),
+        (std::vector<std::string>{
+            "virtual void TesselFX::ControlHandler::Dump() const ==== start ====", "INSTANCE=0;",
+            "virtual void TesselFX::ControlHandler::Dump() const ====  end  ===="}));
+
+    std::vector<unsigned int> ids;
+    std::vector<double> values;
+    EXPECT_TRUE(handler->GetParametersArray({100, 5, 1}, ids, values));
+    EXPECT_EQ(ids, (std::vector<unsigned int>{100, 1}));
+    EXPECT_EQ(values, (std::vector<double>{0.0, 0.0}));
+    EXPECT_TRUE(handler->GetParametersArray({}, ids, values));
+    EXPECT_TRUE(ids.empty() && values.empty());
+
+    EXPECT_CALL(*volumeTableHelper, ClearListener()).Times(1);
+    handler.reset();
+}
+
+TEST_F(ControlHandlerTest, WithoutPresetsReadsFail) {
+    description = std::make_shared<FakeControlDescription>();
+    EXPECT_CALL(*presetSet, RequestPresetHandle(_, _)).Times(0);
+    LogCapture capture;
+    Make();
+    EXPECT_EQ(
+        ErrorTexts(capture),
+        std::vector<std::string>{"ControlHandler Supported preset is not defined. Please make "
+                                 "sure it's added to the config file."});
+    capture.Clear();
+    double value = 0.0;
+    std::vector<char> chunk;
+    EXPECT_FALSE(handler->GetParameter(1, value));
+    EXPECT_FALSE(handler->GetChunk(1, chunk));
+    EXPECT_FALSE(handler->SetCurrentPreset());
+    EXPECT_TRUE(handler->SetActive(0, 0));
+    EXPECT_EQ(ErrorTexts(capture), (std::vector<std::string>{"no valid parameters could be got",
+                                                             "no valid chunk could be got",
+                                                             "no valid parameters could be got"}));
+    EXPECT_TRUE(sent.empty());
+}
+
+TEST_F(ControlHandlerTest, SetActiveChangesOnlyToAnotherKnownPair) {
+    Make();
+    EXPECT_CALL(*presetSet, RequestPresetHandle(_, _)).Times(0);
+    LogCapture capture;
+    EXPECT_TRUE(handler->SetActive(0, 0));
+    EXPECT_TRUE(handler->SetActive(0xFFFFFFFFu, 0xFFFFFFFFu));
+    EXPECT_TRUE(handler->SetActive(0xFFFFFFFFu, 0));
+    EXPECT_TRUE(sent.empty());
+    EXPECT_TRUE(capture.Has(1,
+                            "ControlHandler[sm=0;om=0;INSTANCE=0;] : SetActive OM:4294967295 "
+                            "SM:4294967295"));
+    ::testing::Mock::VerifyAndClearExpectations(presetSet.get());
+
+    EXPECT_CALL(*presetSet, RequestPresetHandle(_, _)).Times(::testing::AnyNumber());
+    EXPECT_CALL(*presetSet, RequestPresetHandle(0u, 1u));
+    EXPECT_TRUE(handler->SetActive(0xFFFFFFFFu, 1));
+    EXPECT_EQ(sent, Buffers{kParameters});
+    EXPECT_EQ(handler->GetDescriptionString(), "ControlHandler[sm=1;om=0;INSTANCE=0;] :");
+    double value = 0.0;
+    EXPECT_TRUE(handler->GetParameter(100, value));
+    EXPECT_EQ(value, 1.0);
+
+    sent.clear();
+    capture.Clear();
+    EXPECT_FALSE(handler->SetActive(5, 9));
+    EXPECT_FALSE(handler->SetSoundMode(7));
+    EXPECT_FALSE(handler->SetOutputMode(7));
+    EXPECT_FALSE(handler->SetOutputMode(1));  // (1, 1) is not a preset
+    EXPECT_EQ(ErrorTexts(capture),
+              (std::vector<std::string>{"Preset with output mode 5, sound mode 9 does not exist",
+                                        "not supported sound mode 7", "not supported output mode 7",
+                                        "not supported output mode 1"}));
+    EXPECT_EQ(handler->GetDescriptionString(), "ControlHandler[sm=1;om=0;INSTANCE=0;] :");
+    EXPECT_TRUE(sent.empty());
+
+    EXPECT_TRUE(handler->SetSoundMode(0));
+    EXPECT_TRUE(handler->SetOutputMode(1));
+    EXPECT_EQ(handler->GetDescriptionString(), "ControlHandler[sm=0;om=1;INSTANCE=0;] :");
+    EXPECT_EQ(sent, (Buffers{kParameters, kParameters}));
+}
+
+TEST_F(ControlHandlerTest, WaitForFlushHoldsEverySendUntilFlush) {
+    Make();
+    LogCapture capture;
+    EXPECT_FALSE(handler->Flush());
+    EXPECT_EQ(ErrorTexts(capture),
+              std::vector<std::string>{"Must call WaitForFlush before call Flush"});
+
+    EXPECT_TRUE(handler->WaitForFlush());
+    EXPECT_TRUE(handler->SetEnable(false));
+    EXPECT_TRUE(handler->SetBypass(true));
+    EXPECT_TRUE(handler->SetLrSwap(true));
+    EXPECT_TRUE(handler->SetParameter(100, 2.0));
+    EXPECT_TRUE(handler->SetVolume(0.25));
+    EXPECT_TRUE(handler->SetActive(0, 1));
+    EXPECT_TRUE(sent.empty());
+    EXPECT_FALSE(handler->GetEnable());
+
+    EXPECT_TRUE(handler->Flush());
+    EXPECT_EQ(sent, (Buffers{{'E', 0}, {'B', 1}, {'S', 1}, {'V', 1}, kParameters}));
+
+    sent.clear();
+    capture.Clear();
+    EXPECT_FALSE(handler->Flush());
+    EXPECT_EQ(ErrorTexts(capture),
+              std::vector<std::string>{"Must call WaitForFlush before call Flush"});
+    EXPECT_TRUE(sent.empty());
+}
+
+TEST_F(ControlHandlerTest, AFailedSendKeepsTheNewState) {
+    Make();
+    sendResult = false;
+    LogCapture capture;
+    EXPECT_FALSE(handler->SetEnable(false));
+    EXPECT_FALSE(handler->SetBypass(true));
+    EXPECT_FALSE(handler->SetActive(0, 1));
+    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>(3, "SendBufferToDsp fail"));
+    EXPECT_FALSE(handler->GetEnable());
+    EXPECT_TRUE(handler->GetBypass());
+    EXPECT_EQ(handler->GetDescriptionString(), "ControlHandler[sm=1;om=0;INSTANCE=0;] :");
+
+    sendResult = true;
+    sent.clear();
+    handler->WaitForFlush();
+    EXPECT_TRUE(handler->Flush());
+    EXPECT_EQ(sent, (Buffers{{'E', 0}, {'B', 1}, {'S', 0}, {'V', 1}, kParameters}));
+
+    // A generator failure is a failure without a send.
+    sent.clear();
+    EXPECT_CALL(*generator, MakeSetEnableBuffer(_, true)).WillOnce(Return(kStatusBadValue));
+    EXPECT_FALSE(handler->SetEnable(true));
+    EXPECT_TRUE(handler->GetEnable());
+    EXPECT_TRUE(sent.empty());
+}
+
+TEST_F(ControlHandlerTest, SetOrientationSucceedsEvenWhenTheSendFails) {
+    Make();
+    EXPECT_TRUE(handler->SetOrientation(90));  // default angle: the mask stays 4
+    EXPECT_TRUE(sent.empty());
+
+    sendResult = false;
+    EXPECT_CALL(*Handle(0, 0), SetSubtypeMasks(2u)).WillOnce(Return(true));
+    LogCapture capture;
+    EXPECT_TRUE(handler->SetOrientation(0));
+    EXPECT_EQ(sent, Buffers{kParameters});
+    EXPECT_TRUE(capture.Has(1,
+                            "ControlHandler::SetOrientation Subtype changed for new "
+                            "orientation, applying new preset."));
+    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>{"SendBufferToDsp fail"});
+    EXPECT_EQ(handler->GetSubtypeMasks(), 2u);
+}
+
+TEST_F(ControlHandlerTest, SetVolumeOfZeroPassesMinusInfinityOn) {
+    Make();
+    auto volumeListener = std::make_shared<MockVolumeListener>();
+    handler->RegisterVolumeChangedListener(volumeListener);
+    auto isMinusInfinity = [](auto value) { return std::isinf(value) && value < 0; };
+    EXPECT_CALL(*volumePolicy, GetSubtypeMaskForVolume("Music", Truly(isMinusInfinity)))
+        .WillOnce(Return(2u));
+    EXPECT_CALL(*converter, Convert(Truly(isMinusInfinity), _)).WillOnce(Return(false));
+    EXPECT_CALL(*volumeListener, OnVolumeChanged(kMinusInfinity)).WillOnce(Return(true));
+    LogCapture capture;
+    EXPECT_TRUE(handler->SetVolume(0.0));
+    EXPECT_TRUE(capture.Has(1,
+                            "ControlHandler[sm=0;om=0;INSTANCE=0;] : SetVolume volume "
+                            "0.000000 volumeDb -infdB"));
+    // Neither the mask nor a link law moved: only the system volume goes out.
+    EXPECT_EQ(sent, (Buffers{{'V', 1}}));
+    EXPECT_EQ(handler->GetVolume(), 0.0);
+}
+
+TEST_F(ControlHandlerTest, SetVolumeSendsThePresetWhenTheMaskOrALinkLawMoves) {
+    Make();
+    EXPECT_CALL(*converter, Convert(_, _)).WillRepeatedly(Return(false));
+    EXPECT_CALL(*volumePolicy, GetSubtypeMaskForVolume(_, _)).WillRepeatedly(Return(2u));
+    EXPECT_CALL(*converter, Convert(::testing::FloatNear(-20.0f, 1e-5f), _))
+        .WillOnce(DoAll(SetArgReferee<1>(0.25f), Return(true)));
+    EXPECT_CALL(*Handle(0, 0), SetLinkLawValue(0u, 0.25)).WillOnce(Return(true));
+    LogCapture capture;
+    EXPECT_TRUE(handler->SetVolume(0.1));
+    EXPECT_TRUE(capture.Has(
+        1, "ControlHandler::SetVolume trigger LL for new volume, applying new preset."));
+    EXPECT_EQ(sent, (Buffers{{'V', 1}, kParameters}));
+
+    sent.clear();
+    EXPECT_CALL(*volumePolicy, GetSubtypeMaskForVolume("Music", _)).WillOnce(Return(8u));
+    EXPECT_CALL(*Handle(0, 0), SetSubtypeMasks(12u)).WillOnce(Return(true));
+    EXPECT_TRUE(handler->SetVolume(0.2));
+    EXPECT_TRUE(capture.Has(
+        1, "CoppHandle::SetVolume Subtype changed for new volume, applying new preset."));
+    EXPECT_EQ(sent, (Buffers{{'V', 1}, kParameters}));
+
+    // The link-law value survives a mode change: the new handle gets it again.
+    EXPECT_CALL(*presetSet, RequestPresetHandle(0u, 1u)).WillOnce(Invoke([this](auto, auto) {
+        auto handle = std::make_shared<NiceMock<MockPresetHandle>>();
+        EXPECT_CALL(*handle, SetLinkLawValue(0u, 0.25)).WillOnce(Return(true));
+        handles[{0, 1}] = handle;
+        return handle;
+    }));
+    EXPECT_TRUE(handler->SetActive(0, 1));
+}
+
+TEST_F(ControlHandlerTest, ParameterBuffersAreAllTriedAndSentAsGenerated) {
+    Make();
+    const Buffers frames{{1, 0, 0, 0, 2, 0, 0, 0, 'a', 'b'}, {1, 0, 0, 0, 0, 0, 0, 0}, {'z'}};
+    EXPECT_CALL(*generator, MakeSetParameterArrayBuffer(
+                                _, (std::map<unsigned int, double>{{1, 0.0}, {100, 0.0}}), true))
+        .WillOnce(DoAll(SetArgReferee<0>(frames), Return(kStatusOk)));
+    int calls = 0;
+    EXPECT_CALL(*sender, Send(_, _))
+        .Times(3)
+        .WillRepeatedly(Invoke([&](const auto&, const std::vector<char>& buffer) {
+            sent.push_back(buffer);
+            return ++calls != 2;
+        }));
+    LogCapture capture;
+    EXPECT_FALSE(handler->SetParametersArray({{100, 3.0}}, true));
+    EXPECT_EQ(sent, frames);
+    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>{"SendBufferToDsp fail"});
+
+    EXPECT_CALL(*generator, MakeSetParameterArrayBuffer(_, _, false))
+        .WillOnce(Return(kStatusBadValue));
+    EXPECT_FALSE(handler->SetCurrentPreset());
+}
+
+TEST_F(ControlHandlerTest, MissingGeneratorsMakeControlsSucceedWithoutSending) {
+    generator.reset();
+    parser.reset();
+    auto bare = std::make_shared<BareGenerator>();
+    handler = std::make_unique<ControlHandler>(sender, description, presetSet, volumePolicy,
+                                               volumeTableHelper, orientationPolicy, bare, nullptr,
+                                               nullptr);
+    EXPECT_CALL(*sender, Send(_, _)).Times(0);
+    EXPECT_CALL(*sender, SendAndReceive(_, _, _)).Times(0);
+    EXPECT_TRUE(handler->SetEnable(false));
+    EXPECT_TRUE(handler->SetBypass(true));
+    EXPECT_TRUE(handler->SetLrSwap(true));
+    EXPECT_TRUE(handler->SetVolume(0.3));
+    EXPECT_TRUE(handler->SetActive(1, 0));
+    std::map<uint32_t, CMeterValue> meters;
+    EXPECT_TRUE(handler->GetMeters({}, meters));
+    std::string version;
+    EXPECT_FALSE(handler->GetDspVersion(version));
+}
+
+TEST_F(ControlHandlerTest, GetMetersAndGetDspVersionExchangeWithTheDsp) {
+    Make();
+    const std::map<uint32_t, CMeterInfo> infos{{7, CMeterInfo(7, CMeterInfo::kTypeFloat, 1)}};
+    std::map<uint32_t, CMeterValue> values{{7, CMeterValue(1.5f)}};
+    ON_CALL(*generator, MakeGetMetersBuffer(_, _))
+        .WillByDefault(DoAll(SetArgReferee<0>(std::vector<char>{4, 0, 0, 0}), Return(kStatusOk)));
+    LogCapture capture;
+
+    // A DSP that does not answer leaves the values and is no failure.
+    EXPECT_CALL(*sender, SendAndReceive(_, std::vector<char>{4, 0, 0, 0}, _))
+        .WillOnce(Return(false));
+    EXPECT_CALL(*parser, ParseReplyMetersBuffer(_, _, _)).Times(0);
+    EXPECT_TRUE(handler->GetMeters(infos, values));
+    EXPECT_EQ(values.at(7).GetFloat(), 1.5f);
+    EXPECT_TRUE(capture.Has(1, "SendBufferToDsp fail"));
+    EXPECT_TRUE(ErrorTexts(capture).empty());
+    ::testing::Mock::VerifyAndClearExpectations(parser.get());
+
+    const std::vector<char> reply{3, 0, 0, 0, 0, 0, 0, 0};
+    EXPECT_CALL(*sender, SendAndReceive(_, _, _))
+        .WillRepeatedly(DoAll(SetArgReferee<2>(reply), Return(true)));
+    EXPECT_CALL(*parser, ParseReplyMetersBuffer(reply, infos, _))
+        .WillOnce(Return(kStatusOk))
+        .WillOnce(Return(kStatusBadValue));
+    EXPECT_TRUE(handler->GetMeters(infos, values));
+    EXPECT_FALSE(handler->GetMeters(infos, values));
+    EXPECT_CALL(*generator, MakeGetMetersBuffer(_, _)).WillOnce(Return(kStatusBadValue));
+    EXPECT_FALSE(handler->GetMeters(infos, values));
+    EXPECT_EQ(ErrorTexts(capture), (std::vector<std::string>{"ParseReplyMetersBuffer fail",
+                                                             "MakeGetMetersBuffer fail"}));
+
+    capture.Clear();
+    EXPECT_CALL(*generator, MakeGetVersionBuffer(_))
+        .WillRepeatedly(DoAll(SetArgReferee<0>(std::vector<char>{5, 0, 0, 0}), Return(kStatusOk)));
+    EXPECT_CALL(*parser, ParseReplyVersionBuffer(reply, _))
+        .WillOnce(DoAll(SetArgReferee<1>(std::string("2.0.1")), Return(kStatusOk)));
+    std::string version;
+    EXPECT_TRUE(handler->GetDspVersion(version));
+    EXPECT_EQ(version, "2.0.1");
+    EXPECT_CALL(*sender, SendAndReceive(_, std::vector<char>{5, 0, 0, 0}, _))
+        .WillOnce(Return(false));
+    EXPECT_FALSE(handler->GetDspVersion(version));
+    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>{"SendBufferToDsp fail"});
+}
+
+TEST_F(ControlHandlerTest, OnlyCallerChangesAreAnnouncedAndOnlyWhenTheyDiffer) {
+    Make();
+    auto listener = std::make_shared<MockParametersListener>();
+    handler->RegisterParametersAndChunksChangedListener(listener);
+    const std::map<unsigned int, std::vector<char>> linkLaws{{1, {'L', 'L'}}};
+
+    // The first send announces the parameters; chunks only when a change set their flag.
+    EXPECT_CALL(*listener,
+                OnParametersChanged(std::map<unsigned int, double>{{1, 0.0}, {100, 0.0}}));
+    EXPECT_CALL(*listener, OnChunksChanged(_)).Times(0);
+    EXPECT_TRUE(handler->SetParameter(100, 2.0));
+    ::testing::Mock::VerifyAndClearExpectations(listener.get());
+
+    // The same set again is no change.
+    EXPECT_CALL(*listener, OnParametersChanged(_)).Times(0);
+    EXPECT_TRUE(handler->SetParameter(100, 2.0));
+    ::testing::Mock::VerifyAndClearExpectations(listener.get());
+
+    // A mode change sets both flags; the chunks equal the last ones.
+    EXPECT_CALL(*listener,
+                OnParametersChanged(std::map<unsigned int, double>{{1, 0.0}, {100, 1.0}}));
+    EXPECT_CALL(*listener, OnChunksChanged(_)).Times(0);
+    EXPECT_TRUE(handler->SetActive(0, 1));
+    ::testing::Mock::VerifyAndClearExpectations(listener.get());
+
+    // Without a caller change nothing is announced, but the baseline moves.
+    const std::map<unsigned int, double> other{{1, 1.0}};
+    EXPECT_CALL(*listener, OnParametersChanged(_)).Times(0);
+    handler->NotifyParametersAndChunksChanged(other, {});
+    ::testing::Mock::VerifyAndClearExpectations(listener.get());
+
+    // Two empty chunk maps count as different.
+    EXPECT_CALL(*listener, OnChunksChanged(std::map<unsigned int, std::vector<char>>{})).Times(1);
+    EXPECT_CALL(*listener, OnParametersChanged(_)).Times(0);
+    handler->SetEnable(true);
+    handler->NotifyParametersAndChunksChanged(other, {});
+    ::testing::Mock::VerifyAndClearExpectations(listener.get());
+
+    EXPECT_CALL(*listener, OnChunksChanged(linkLaws)).Times(1);
+    handler->SetBypass(false);
+    handler->NotifyParametersAndChunksChanged(other, linkLaws);
+}
+
+TEST_F(ControlHandlerTest, TuningOperationsThatAreNotAvailableFail) {
+    Make();
+    LogCapture capture;
+    EXPECT_FALSE(handler->StartTuningMode(true));
+    EXPECT_TRUE(handler->StartTuningMode(false));
+    EXPECT_FALSE(handler->SetParameterFromTuning(1, 0.0));
+    EXPECT_FALSE(handler->IsTuningMode());
+    EXPECT_EQ(ErrorTexts(capture), (std::vector<std::string>{"CreateTuningData is not available",
+                                                             "SetParameterFromTuning is not "
+                                                             "available"}));
+    EXPECT_TRUE(capture.Has(0, "tuning data does not exist"));
+    EXPECT_TRUE(sent.empty());
+}
+
+}  // namespace
+}  // namespace test
+}  // namespace TesselFX

@@ -1,0 +1,426 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "ControlMocks.h"
+#include "LogCapture.h"
+#include "config/ZorbAudioSettings.h"
+#include "control/HalControlManager.h"
+#include "control/HalControlManagerImpl.h"
+
+namespace TesselFX {
+namespace test {
+namespace {
+
+using ::testing::_;
+using ::testing::DoAll;
+using ::testing::InSequence;
+using ::testing::NiceMock;
+using ::testing::Return;
+using ::testing::SaveArg;
+using ::testing::SetArgReferee;
+using Handler = NiceMock<MockControlHandler>;
+
+const char* const kNoHandler = "no valid ControlHandler";
+
+/// Error texts without their source position lines, in order.
+std::vector<std::string> ErrorTexts(const LogCapture& capture) {
+    std::vector<std::string> texts;
+    for (const auto& text : capture.Texts(4)) {
+        if (text.find(".cpp:") == std::string::npos) {
+            texts.push_back(text);
+        }
+    }
+    return texts;
+}
+
+/// A search record as the exported layer builds it.
+std::unique_ptr<ZorbAudioSettings> Search(uint32_t instance) {
+    auto settings = std::make_unique<ZorbAudioSettings>();
+    settings->AddUint("INSTANCE", instance);
+    return settings;
+}
+
+/// Mock handlers under descriptions whose settings hold INSTANCE as text, as the configuration
+/// writes it. ordered lists the handlers in the manager's map order.
+struct Handlers {
+    ControlHandlerMap map;
+    std::vector<std::shared_ptr<Handler>> ordered;
+
+    std::shared_ptr<Handler> Add(const std::string& instance) {
+        auto description = std::make_shared<FakeControlDescription>();
+        description->GetSettings()->AddInt("DEV", 3);
+        description->GetSettings()->AddString("INSTANCE", instance);
+        auto handler = std::make_shared<Handler>();
+        map[description] = handler;
+        ordered.clear();
+        for (const auto& entry : map) {
+            ordered.push_back(std::static_pointer_cast<Handler>(entry.second));
+        }
+        return handler;
+    }
+};
+
+/// A manager initialised with handlers.
+struct Fixture {
+    explicit Fixture(const std::vector<std::string>& instances,
+                     const std::set<std::string>& features = {}) {
+        for (const auto& instance : instances) {
+            handlers.Add(instance);
+        }
+        manager.Initialize(handlers.map, features, {}, {});
+    }
+    Handlers handlers;
+    HalControlManagerImpl manager;
+};
+
+TEST(HalControlManagerImplTest, SettingsOfAnotherVersionOrMissingSelectNothing) {
+    Fixture f({"1"});
+    EXPECT_CALL(*f.handlers.ordered[0], SetEnable(_)).Times(0);
+    auto settings = Search(1);
+    zorbaudio_settings_t version1 = *settings->GetSettings();
+    version1.version = 1;
+
+    LogCapture capture;
+    EXPECT_FALSE(f.manager.SetEnable(&version1, true));
+    EXPECT_EQ(ErrorTexts(capture),
+              (std::vector<std::string>{
+                  "CheckAudioCalSettings: Major API version mismatch. Provided = 1, Supported = 2",
+                  kNoHandler}));
+    EXPECT_EQ(capture.Texts(4).size(), 4u);
+
+    const std::vector<std::string> nullLines{
+        "CheckAudioCalSettings: pZorbAudioSettings = NULL, please assign proper value.",
+        kNoHandler};
+    capture.Clear();
+    EXPECT_FALSE(f.manager.SetEnable(nullptr, true));
+    EXPECT_EQ(ErrorTexts(capture), nullLines);
+    capture.Clear();
+    zorbaudio_settings_t noRecord{2, nullptr};
+    EXPECT_FALSE(f.manager.SetEnable(&noRecord, true));
+    EXPECT_EQ(ErrorTexts(capture), nullLines);
+}
+
+TEST(HalControlManagerImplTest, BeforeInitializeSelectingOperationsFail) {
+    HalControlManagerImpl manager;
+    auto settings = Search(0);
+    const zorbaudio_settings_t* s = settings->GetSettings();
+    LogCapture capture;
+    bool flag = false;
+    double value = 0.0;
+    std::vector<char> chunk;
+    std::map<unsigned int, double> parameters;
+    std::map<uint32_t, CMeterValue> meters;
+    std::string text;
+    EXPECT_FALSE(manager.SetVolume(s, 0.5));
+    EXPECT_FALSE(manager.GetEnable(s, flag));
+    EXPECT_FALSE(manager.GetParameter(s, 7, value));
+    EXPECT_FALSE(manager.GetChunk(s, 1, chunk));
+    EXPECT_FALSE(manager.GetParametersArray(s, {}, parameters));
+    EXPECT_FALSE(manager.GetMeters(s, {}, meters));
+    EXPECT_FALSE(manager.GetDspVersion(s, text));
+    EXPECT_FALSE(manager.Flush(s));
+    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>(8, kNoHandler));
+    EXPECT_EQ(capture.Count("GetControlHandlers: No CoppHandles matched search criteria "
+                            "INSTANCE=0;"),
+              8u);
+    EXPECT_FALSE(manager.IsFeatureSupported("DumpBufferToDsp"));
+    EXPECT_TRUE(manager.GetVersion(s, "halcontroller", text));
+    EXPECT_EQ(text, "1.553.0.0");
+}
+
+TEST(HalControlManagerImplTest, AllRouteKeepsGoingAfterAFailureAndAndsTheResults) {
+    Fixture f({"1", "1"});
+    auto settings = Search(1);
+    EXPECT_CALL(*f.handlers.ordered[0], SetEnable(false)).WillOnce(Return(false));
+    EXPECT_CALL(*f.handlers.ordered[1], SetEnable(false)).WillOnce(Return(true));
+    EXPECT_FALSE(f.manager.SetEnable(settings->GetSettings(), false));
+
+    EXPECT_CALL(*f.handlers.ordered[0], SetActive(3u, 4u)).WillOnce(Return(true));
+    EXPECT_CALL(*f.handlers.ordered[1], SetActive(3u, 4u)).WillOnce(Return(true));
+    EXPECT_TRUE(f.manager.SetActive(settings->GetSettings(), 3, 4));
+
+    EXPECT_CALL(*f.handlers.ordered[0], OnDspWakeUp()).WillOnce(Return(true));
+    EXPECT_CALL(*f.handlers.ordered[1], OnDspWakeUp()).WillOnce(Return(false));
+    EXPECT_FALSE(f.manager.OnDspWakeUp(settings->GetSettings()));
+}
+
+TEST(HalControlManagerImplTest, SelectionMatchesTheInstanceOrAuto) {
+    Handlers handlers;
+    auto one = handlers.Add("1");
+    auto two = handlers.Add("2");
+    auto any = handlers.Add("AUTO");
+    HalControlManagerImpl manager;
+    manager.Initialize(handlers.map, {}, {}, {});
+
+    EXPECT_CALL(*one, SetOrientation(90)).WillOnce(Return(true));
+    EXPECT_CALL(*two, SetOrientation(_)).Times(0);
+    EXPECT_CALL(*any, SetOrientation(90)).WillOnce(Return(true));
+    EXPECT_TRUE(manager.SetOrientation(Search(1)->GetSettings(), 90));
+
+    EXPECT_CALL(*one, SetOrientation(_)).Times(0);
+    EXPECT_CALL(*any, SetOrientation(180)).WillOnce(Return(true));
+    LogCapture capture;
+    EXPECT_TRUE(manager.SetOrientation(Search(9)->GetSettings(), 180));
+    EXPECT_FALSE(capture.HasFragment("No CoppHandles"));
+}
+
+TEST(HalControlManagerImplTest, FirstAndAnyRoutesFollowMapOrder) {
+    Fixture f({"1", "1", "1"});
+    auto settings = Search(1);
+    const auto& h = f.handlers.ordered;
+
+    EXPECT_CALL(*h[0], GetBypass()).WillOnce(Return(true));
+    EXPECT_CALL(*h[1], GetBypass()).Times(0);
+    bool bypass = false;
+    EXPECT_TRUE(f.manager.GetBypass(settings->GetSettings(), bypass));
+    EXPECT_TRUE(bypass);
+
+    EXPECT_CALL(*h[0], IsTuningMode()).WillOnce(Return(false));
+    bool tuning = true;
+    EXPECT_TRUE(f.manager.IsTuningMode(settings->GetSettings(), tuning));
+    EXPECT_FALSE(tuning);
+
+    {
+        InSequence order;
+        EXPECT_CALL(*h[0], GetParameter(7u, _)).WillOnce(Return(false));
+        EXPECT_CALL(*h[1], GetParameter(7u, _))
+            .WillOnce(DoAll(SetArgReferee<1>(-3.5), Return(true)));
+    }
+    EXPECT_CALL(*h[2], GetParameter(_, _)).Times(0);
+    double value = 0.0;
+    EXPECT_TRUE(f.manager.GetParameter(settings->GetSettings(), 7, value));
+    EXPECT_EQ(value, -3.5);
+
+    EXPECT_CALL(*h[0], GetDspVersion(_)).WillOnce(Return(false));
+    EXPECT_CALL(*h[1], GetDspVersion(_))
+        .WillOnce(DoAll(SetArgReferee<0>(std::string("dsp 2.1")), Return(true)));
+    std::string version;
+    EXPECT_TRUE(f.manager.GetVersion(settings->GetSettings(), "dsp", version));
+    EXPECT_EQ(version, "dsp 2.1");
+}
+
+TEST(HalControlManagerImplTest, AnyRouteFailuresAreLoggedWithTheirTexts) {
+    Fixture f({"1", "1"});
+    auto settings = Search(1);
+    for (const auto& handler : f.handlers.ordered) {
+        EXPECT_CALL(*handler, GetParameter(2821u, _)).WillOnce(Return(false));
+        EXPECT_CALL(*handler, GetChunk(3u, _)).WillOnce(Return(false));
+        EXPECT_CALL(*handler, GetMeters(_, _)).WillOnce(Return(false));
+    }
+    LogCapture capture;
+    double value = 0.0;
+    std::vector<char> chunk;
+    std::map<uint32_t, CMeterValue> meters;
+    EXPECT_FALSE(f.manager.GetParameter(settings->GetSettings(), 2821, value));
+    EXPECT_FALSE(f.manager.GetChunk(settings->GetSettings(), 3, chunk));
+    EXPECT_FALSE(f.manager.GetMeters(settings->GetSettings(), {}, meters));
+    EXPECT_EQ(ErrorTexts(capture),
+              (std::vector<std::string>{"parameter 2821 is found", "no chunk for index 3 is found",
+                                        "fail to get meters"}));
+}
+
+TEST(HalControlManagerImplTest, GetParametersArrayAsksHandlersInTurn) {
+    Fixture f({"1", "1"});
+    auto settings = Search(1);
+    const auto& h = f.handlers.ordered;
+
+    // Without ids: all parameters of the first handler that has any.
+    const std::map<unsigned int, double> all{{1, 0.0}, {2800, -12.0}};
+    EXPECT_CALL(*h[0], GetParametersArray(::testing::A<std::map<unsigned int, double>&>()))
+        .WillOnce(Return(false));
+    EXPECT_CALL(*h[1], GetParametersArray(::testing::A<std::map<unsigned int, double>&>()))
+        .WillOnce(DoAll(SetArgReferee<0>(all), Return(true)));
+    std::map<unsigned int, double> out;
+    EXPECT_TRUE(f.manager.GetParametersArray(settings->GetSettings(), {}, out));
+    EXPECT_EQ(out, all);
+
+    // With ids: the pairs found overwrite the result map, also when there are none.
+    EXPECT_CALL(*h[0], GetParametersArray(std::vector<unsigned int>{5, 1}, _, _))
+        .WillOnce(DoAll(SetArgReferee<1>(std::vector<unsigned int>{1}),
+                        SetArgReferee<2>(std::vector<double>{0.5}), Return(true)));
+    out = {{1, 9.0}, {4, 4.0}};
+    EXPECT_TRUE(f.manager.GetParametersArray(settings->GetSettings(), {5, 1}, out));
+    EXPECT_EQ(out, (std::map<unsigned int, double>{{1, 0.5}, {4, 4.0}}));
+
+    for (const auto& handler : h) {
+        EXPECT_CALL(*handler, GetParametersArray(std::vector<unsigned int>{5}, _, _))
+            .WillOnce(Return(false));
+    }
+    LogCapture capture;
+    EXPECT_FALSE(f.manager.GetParametersArray(settings->GetSettings(), {5}, out));
+    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>{"no parameter is found"});
+}
+
+TEST(HalControlManagerImplTest, SetVolumeTableTakesActiveStreamsOnly) {
+    Fixture f({"1"});
+    auto settings = Search(1);
+    const zorbaudio_stream_volume_t volumes[4] = {
+        {0.5f, 1, {0, 0, 0}}, {0.75f, 0, {0, 0, 0}}, {0.25f, 2, {0, 0, 0}}, {1.0f, 0, {0, 0, 0}}};
+
+    EXPECT_CALL(*f.handlers.ordered[0], SetVolumeTable(_)).Times(0);
+    EXPECT_FALSE(f.manager.SetVolumeTable(settings->GetSettings(), 0, volumes));
+    ::testing::Mock::VerifyAndClearExpectations(f.handlers.ordered[0].get());
+
+    EXPECT_CALL(*f.handlers.ordered[0],
+                SetVolumeTable(std::map<unsigned int, double>{{0, 0.5}, {2, 0.25}}))
+        .WillOnce(Return(true));
+    EXPECT_TRUE(f.manager.SetVolumeTable(settings->GetSettings(), 4, volumes));
+
+    EXPECT_CALL(*f.handlers.ordered[0], SetVolumeTable(std::map<unsigned int, double>{}))
+        .WillOnce(Return(false));
+    EXPECT_FALSE(f.manager.SetVolumeTable(settings->GetSettings(), 1, &volumes[1]));
+
+    // Nobody selected is no error here.
+    LogCapture capture;
+    EXPECT_TRUE(f.manager.SetVolumeTable(Search(2)->GetSettings(), 4, volumes));
+    EXPECT_FALSE(capture.Has(kNoHandler));
+}
+
+TEST(HalControlManagerImplTest, GetVersionComparesTheTypeExactly) {
+    HalControlManagerImpl manager;
+    auto settings = Search(0);
+    std::string version = "unchanged";
+    LogCapture capture;
+    EXPECT_FALSE(manager.GetVersion(settings->GetSettings(), "HalController", version));
+    EXPECT_EQ(ErrorTexts(capture),
+              std::vector<std::string>{"not supported version type HalController"});
+    EXPECT_EQ(version, "unchanged");
+
+    EXPECT_TRUE(manager.GetVersion(settings->GetSettings(), "dspkit", version));
+    EXPECT_EQ(version, "");
+    manager.SetDspKitVersion("DspKit 3.2.1");
+    EXPECT_TRUE(manager.GetVersion(settings->GetSettings(), "dspkit", version));
+    EXPECT_EQ(version, "DspKit 3.2.1");
+}
+
+TEST(HalControlManagerImplTest, InitializeRegistersVolumeListenersAndKeepsFeatures) {
+    LogCapture capture;
+    auto manager = std::make_unique<HalControlManagerImpl>();
+    Handlers handlers;
+    auto handler = handlers.Add("1");
+    std::shared_ptr<IVolumeTableHelper::VolumeChangedListener> listener;
+    EXPECT_CALL(*handler, RegisterVolumeChangedListener(_)).WillOnce(SaveArg<0>(&listener));
+    EXPECT_TRUE(manager->Initialize(handlers.map, {"Surround", "DumpBufferToDsp"}, {}, {}));
+    ASSERT_TRUE(listener);
+
+    auto texts = capture.Texts(1);
+    EXPECT_EQ(std::vector<std::string>(texts.end() - 3, texts.end()),
+              (std::vector<std::string>{"Initialize: Supported features count = 2",
+                                        "Initialize: DumpBufferToDsp", "Initialize: Surround"}));
+    EXPECT_TRUE(manager->IsFeatureSupported("Surround"));
+    EXPECT_FALSE(manager->IsFeatureSupported("surround"));
+    EXPECT_FALSE(manager->IsFeatureSupported(nullptr));
+    EXPECT_TRUE(capture.Has(1, "IsFeatureSupported: surround"));
+
+    // The listener carries the applied volume in dB as link-law source 0 of its handler.
+    EXPECT_TRUE(listener->OnVolumeChanged(-20.0));
+    std::shared_ptr<IControlHandler> key = handler;
+    EXPECT_EQ(manager->GetLinkLawSourceValues().at(key),
+              (std::map<unsigned int, double>{{0, -20.0}}));
+
+    EXPECT_CALL(*handler, UnregisterVolumeChangedListener()).Times(1);
+    manager.reset();
+}
+
+TEST(HalControlManagerImplTest, EveryOperationStartsWithTheEntryTrace) {
+    Fixture f({"1"});
+    auto settings = Search(1);
+    LogCapture capture;
+    f.manager.SetVolume(settings->GetSettings(), 1.0);
+    std::map<uint32_t, CMeterValue> meters;
+    f.manager.GetMeters(settings->GetSettings(), {}, meters);
+    f.manager.SetMessageBufferSize(100);
+    EXPECT_EQ(capture.Texts(0),
+              (std::vector<std::string>{
+                  "Entering function virtual bool TesselFX::HalControlManagerImpl::SetVolume(const "
+                  "zorbaudio_settings_t *, double)",
+                  "Entering function virtual bool TesselFX::HalControlManagerImpl::GetMeters(const "
+                  "zorbaudio_settings_t *, const std::map<uint32_t, CMeterInfo> &, "
+                  "std::map<uint32_t, CMeterValue> &)",
+                  "Entering function virtual void "
+                  "TesselFX::HalControlManagerImpl::SetMessageBufferSize(unsigned int)"}));
+}
+
+TEST(HalControlManagerImplTest, MessageBufferSizeSetsTheNotificationLimits) {
+    HalControlManagerImpl manager;
+    manager.SetMessageBufferSize(15963);
+    EXPECT_EQ(manager.GetMessageBufferSize(), 15963u);
+    EXPECT_EQ(manager.GetMaxNotificationSize(), 11970u);
+    EXPECT_EQ(manager.GetMaxParametersPerNotification(), 997u);
+    bool valid = false;
+    EXPECT_TRUE(manager.GetTuningModeValidation(nullptr, valid));
+    EXPECT_TRUE(valid);
+}
+
+TEST(HalControlManagerImplTest, TuningRoutesCreateTuningDataBeforeEachCall) {
+    Fixture f({"1", "1"});
+    auto settings = Search(1);
+    const auto& h = f.handlers.ordered;
+    {
+        InSequence order;
+        EXPECT_CALL(*h[0], CreateTuningData()).WillOnce(Return(false));
+        EXPECT_CALL(*h[0], SetParameterFromTuning(9u, 1.5)).WillOnce(Return(true));
+        EXPECT_CALL(*h[1], CreateTuningData()).WillOnce(Return(true));
+        EXPECT_CALL(*h[1], SetParameterFromTuning(9u, 1.5)).WillOnce(Return(true));
+    }
+    EXPECT_TRUE(f.manager.SetParameterFromTuning(settings->GetSettings(), 9, 1.5));
+
+    EXPECT_CALL(*h[0], StartTuningMode(false)).WillOnce(Return(true));
+    EXPECT_CALL(*h[1], StartTuningMode(false)).WillOnce(Return(false));
+    EXPECT_FALSE(f.manager.StartTuningMode(settings->GetSettings(), false));
+}
+
+TEST(HalControlManagerImplTest, OperationsThatAreNotAvailableFailWithALogLine) {
+    Fixture f({"1"});
+    auto settings = Search(1);
+    LogCapture capture;
+    EXPECT_FALSE(f.manager.SetData(settings->GetSettings(), 5, nullptr, 0));
+    EXPECT_FALSE(f.manager.RegisterNotifier(settings->GetSettings(), nullptr));
+    EXPECT_EQ(ErrorTexts(capture), (std::vector<std::string>{"SetData is not available",
+                                                             "RegisterNotifier is not available"}));
+}
+
+TEST(HalControlManagerTest, CommandsGoToTheParserAndTheRestToTheImpl) {
+    auto parser = std::make_shared<NiceMock<MockCommandParser>>();
+    std::shared_ptr<IHalControlManager> registered;
+    EXPECT_CALL(*parser, SetHalControlManager(_)).WillOnce(SaveArg<0>(&registered));
+    HalControlManager manager(parser);
+    ASSERT_TRUE(registered);
+    EXPECT_NE(registered.get(), static_cast<IHalControlManager*>(&manager));
+
+    auto settings = Search(1);
+    const char command[] = "AQAAAA==";
+    EXPECT_CALL(*parser, SetCommand(settings->GetSettings(), command, 9u)).WillOnce(Return(true));
+    EXPECT_TRUE(manager.SetCommand(settings->GetSettings(), command, 9));
+    char reply[16];
+    unsigned int replySize = 16;
+    EXPECT_CALL(*parser, GetCommand(settings->GetSettings(), command, 9u, reply, _))
+        .WillOnce(DoAll(SetArgReferee<4>(3u), Return(true)));
+    EXPECT_TRUE(manager.GetCommand(settings->GetSettings(), command, 9, reply, replySize));
+    EXPECT_EQ(replySize, 3u);
+
+    // The impl behind the parser is the one that the manager's own operations reach.
+    Handlers handlers;
+    auto handler = handlers.Add("1");
+    EXPECT_TRUE(manager.Initialize(handlers.map, {}, {}, {}));
+    EXPECT_CALL(*handler, SetSoundMode(2u)).Times(2).WillRepeatedly(Return(true));
+    EXPECT_TRUE(manager.SetSoundMode(settings->GetSettings(), 2));
+    EXPECT_TRUE(registered->SetSoundMode(settings->GetSettings(), 2));
+}
+
+TEST(HalControlManagerTest, CommandsFailWithoutAParser) {
+    HalControlManager manager(nullptr);
+    auto settings = Search(1);
+    LogCapture capture;
+    char reply[4];
+    unsigned int replySize = 4;
+    EXPECT_FALSE(manager.SetCommand(settings->GetSettings(), "x", 2));
+    EXPECT_FALSE(manager.GetCommand(settings->GetSettings(), "x", 2, reply, replySize));
+    EXPECT_EQ(ErrorTexts(capture),
+              (std::vector<std::string>{"SetCommand: command parser is not available",
+                                        "GetCommand: command parser is not available"}));
+}
+
+}  // namespace
+}  // namespace test
+}  // namespace TesselFX

@@ -1,0 +1,45 @@
+#include "AndroidLogFake.h"
+
+#include <mutex>
+
+namespace TesselFX {
+namespace test {
+namespace {
+
+std::mutex g_mutex;
+std::vector<AndroidLogLine>* g_lines = nullptr;
+
+}  // namespace
+
+AndroidLogCapture::AndroidLogCapture() {
+    std::lock_guard<std::mutex> lock(g_mutex);
+    g_lines = new std::vector<AndroidLogLine>();
+}
+
+AndroidLogCapture::~AndroidLogCapture() {
+    std::lock_guard<std::mutex> lock(g_mutex);
+    delete g_lines;
+    g_lines = nullptr;
+}
+
+std::vector<AndroidLogLine> AndroidLogCapture::Lines() const {
+    std::lock_guard<std::mutex> lock(g_mutex);
+    return *g_lines;
+}
+
+std::vector<std::string> AndroidLogCapture::Texts() const {
+    std::vector<std::string> texts;
+    for (const AndroidLogLine& line : Lines()) texts.push_back(line.text);
+    return texts;
+}
+
+}  // namespace test
+}  // namespace TesselFX
+
+extern "C" int __android_log_write(int priority, const char* tag, const char* text) {
+    std::lock_guard<std::mutex> lock(TesselFX::test::g_mutex);
+    if (TesselFX::test::g_lines != nullptr) {
+        TesselFX::test::g_lines->push_back({priority, tag, text});
+    }
+    return 1;
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace TesselFX {
+namespace test {
+
+struct AndroidLogLine {
+    int priority;
+    std::string tag;
+    std::string text;
+};
+
+/// Records the lines written straight to the Android log while it lives. This test binary
+/// defines __android_log_write itself, which the library's direct log calls link against.
+/// One capture at a time.
+class AndroidLogCapture {
+  public:
+    AndroidLogCapture();
+    ~AndroidLogCapture();
+    AndroidLogCapture(const AndroidLogCapture&) = delete;
+    AndroidLogCapture& operator=(const AndroidLogCapture&) = delete;
+
+    std::vector<AndroidLogLine> Lines() const;
+    /// Texts of all lines, in order.
+    std::vector<std::string> Texts() const;
+};
+
+}  // namespace test
+}  // namespace TesselFX

@@ -208,3 +208,20 @@ TEST(ZpsBinary, ReportsWhatTheLibraryPassesOver) {
 }  // namespace
 }  // namespace zbctl
 }  // namespace TesselFX
+
+namespace TesselFX {
+namespace zbctl {
+namespace {
+
+TEST(ZpsBinary, TheLibrarysReaderAgrees) {
+    EXPECT_TRUE(LibraryRefusal(kSystemFile).empty());
+    EXPECT_TRUE(LibraryRefusal(kUserFile).empty());
+    EXPECT_EQ(LibraryRefusal(Bytes({0x42, 0x50, 0x42, 0x5A, 0x09, 0x00, 0x00, 0x00})),
+              std::vector<std::string>{"size in zps 9 does not match the real size 8"});
+    EXPECT_EQ(LibraryRefusal(Bytes({0x42, 0x50, 0x42})),
+              std::vector<std::string>{"read bpbz tag 0x0 fail"});
+}
+
+}  // namespace
+}  // namespace zbctl
+}  // namespace TesselFX

@@ -2,9 +2,12 @@
 
 #include <cstring>
 
+#include "LogRecorder.h"
 #include "ZbctlError.h"
 #include "preset/BinaryPrimitives.h"
 #include "preset/CLinkLawEntrySerializer.h"
+#include "preset/PresetFactory.h"
+#include "preset/ZpsBufferReader.h"
 
 namespace TesselFX {
 namespace zbctl {
@@ -358,6 +361,19 @@ ZpsDocument DecodeZps(const std::vector<char>& bytes, std::vector<std::string>& 
                            std::to_string(source.Offset()) + " ignored");
     }
     return document;
+}
+
+std::vector<std::string> LibraryRefusal(const std::vector<char>& bytes) {
+    constexpr uint32_t kErrorLevel = 4;
+    LogRecorder recorder(kErrorLevel);
+    // Parsing makes presets only; the set and handle factories serve Read, which is not called.
+    ZpsBufferReader reader(std::make_shared<PresetFactory>(), nullptr, nullptr);
+    std::vector<std::string> texts;
+    if (!reader.ParseBuffer(bytes, false)) {
+        for (const LogRecorder::Line& line : recorder.Take()) texts.push_back(line.text);
+        if (texts.empty()) texts.push_back("refused without a log line");
+    }
+    return texts;
 }
 
 }  // namespace zbctl

@@ -35,5 +35,9 @@ std::vector<char> EncodeZps(const ZpsDocument& document);
 /// (unknown sections and item types, trailing bytes).
 ZpsDocument DecodeZps(const std::vector<char>& bytes, std::vector<std::string>& warnings);
 
+/// Parses the file with the library's own reader, as zb_initialize does, and returns the
+/// reader's error log lines when it refuses the file; empty when it accepts it.
+std::vector<std::string> LibraryRefusal(const std::vector<char>& bytes);
+
 }  // namespace zbctl
 }  // namespace TesselFX

@@ -49,10 +49,14 @@ int ZpsBuild(const std::string& source, const std::string& target) {
 }
 
 int ZpsDump(const std::string& path, bool json) {
+    const std::vector<char> bytes = ReadBytes(path);
+    for (const std::string& text : LibraryRefusal(bytes)) {
+        std::cerr << path << ": the library's reader refuses the file: " << text << "\n";
+    }
     std::vector<std::string> warnings;
     ZpsDocument document;
     try {
-        document = DecodeZps(ReadBytes(path), warnings);
+        document = DecodeZps(bytes, warnings);
     } catch (const ZbctlError& e) {
         throw ZbctlError(path + ": " + e.what());
     }

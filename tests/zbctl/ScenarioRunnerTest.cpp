@@ -113,14 +113,6 @@ TEST(ScenarioRunner, AudioAfterBypassEqualsTheInput) {
     EXPECT_EQ(second, in.samples);
 }
 
-}  // namespace
-}  // namespace zbctl
-}  // namespace TesselFX
-
-namespace TesselFX {
-namespace zbctl {
-namespace {
-
 // The host side against a library that sends known frames: trace, DSP and audio.
 class ScenarioRunnerHostSide : public ::testing::Test {
   protected:

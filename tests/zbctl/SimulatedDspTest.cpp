@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "DspFrames.h"
 #include "SimulatedDsp.h"
 #include "ZbctlError.h"
 
@@ -9,40 +10,9 @@ namespace TesselFX {
 namespace zbctl {
 namespace {
 
-void PutWord(std::vector<unsigned char>& out, uint32_t value) {
-    for (int i = 0; i < 4; ++i) out.push_back(static_cast<unsigned char>(value >> (8 * i)));
-}
-
-void PutFloat(std::vector<unsigned char>& out, float value) {
-    uint32_t bits;
-    std::memcpy(&bits, &value, 4);
-    PutWord(out, bits);
-}
-
-// A stand-in block: id, value count, values.
-std::vector<unsigned char> Block(uint32_t id, const std::vector<float>& values) {
-    std::vector<unsigned char> block;
-    PutWord(block, id);
-    PutWord(block, static_cast<uint32_t>(values.size()));
-    for (float value : values) PutFloat(block, value);
-    return block;
-}
-
-std::vector<unsigned char> Frame(const std::vector<std::vector<unsigned char>>& blocks) {
-    std::vector<unsigned char> payload;
-    for (const auto& block : blocks) payload.insert(payload.end(), block.begin(), block.end());
-    std::vector<unsigned char> frame;
-    PutWord(frame, 1);
-    PutWord(frame, static_cast<uint32_t>(payload.size()));
-    frame.insert(frame.end(), payload.begin(), payload.end());
-    return frame;
-}
-
-std::vector<float> PassThroughSwitch(float value) {
-    std::vector<float> values(16, 0.0f);
-    values[1] = value;  // parameter 1
-    return values;
-}
+using test::Block;
+using test::Frame;
+using test::PassThroughSwitch;
 
 class SimulatedDspTest : public ::testing::Test {
   protected:

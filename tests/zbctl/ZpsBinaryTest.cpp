@@ -205,14 +205,6 @@ TEST(ZpsBinary, ReportsWhatTheLibraryPassesOver) {
     }
 }
 
-}  // namespace
-}  // namespace zbctl
-}  // namespace TesselFX
-
-namespace TesselFX {
-namespace zbctl {
-namespace {
-
 TEST(ZpsBinary, TheLibrarysReaderAgrees) {
     EXPECT_TRUE(LibraryRefusal(kSystemFile).empty());
     EXPECT_TRUE(LibraryRefusal(kUserFile).empty());

@@ -181,6 +181,9 @@ int main(int argc, char** argv) {
     } catch (const ZbctlError& e) {
         std::cerr << "zbctl: " << e.what() << "\n";
         return 2;
+    } catch (const std::exception& e) {
+        std::cerr << "zbctl: unexpected failure: " << e.what() << "\n";
+        return 2;
     }
     return 0;
 }

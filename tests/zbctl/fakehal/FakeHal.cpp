@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "../DspFrames.h"
 #include "zbhalcontroller/zb_api.h"
 
 namespace {
@@ -19,23 +20,9 @@ struct Fake {
     notifier notify = nullptr;
 } g_fake;
 
-void PutWord(std::vector<unsigned char>& out, uint32_t value) {
-    for (int i = 0; i < 4; ++i) out.push_back(static_cast<unsigned char>(value >> (8 * i)));
-}
-
-void PutFloat(std::vector<unsigned char>& out, float value) {
-    uint32_t bits;
-    std::memcpy(&bits, &value, 4);
-    PutWord(out, bits);
-}
-
 int SendBlock(void* handle, uint32_t instance, uint32_t id, const std::vector<float>& values) {
-    std::vector<unsigned char> frame;
-    PutWord(frame, 1);
-    PutWord(frame, static_cast<uint32_t>(8 + 4 * values.size()));
-    PutWord(frame, id);
-    PutWord(frame, static_cast<uint32_t>(values.size()));
-    for (float value : values) PutFloat(frame, value);
+    const std::vector<unsigned char> frame =
+        TesselFX::zbctl::test::Frame({TesselFX::zbctl::test::Block(id, values)});
     return g_fake.sender(handle, instance, frame.data(), static_cast<uint32_t>(frame.size()),
                          nullptr, nullptr, g_fake.context) == 0;
 }
@@ -63,9 +50,9 @@ int zb_initialize(void*, const char* systemPresetPath, const char*, const char* 
 }
 int zb_set_enable(void*, uint32_t, int) { return 1; }
 int zb_set_bypass(void* handle, uint32_t instance, int bypass) {
-    std::vector<float> values(16, 0.0f);
-    values[1] = (bypass & 1) ? 1.0f : 0.0f;
-    const int sent = SendBlock(handle, instance, 4096, values);
+    const int sent =
+        SendBlock(handle, instance, 4096,
+                  TesselFX::zbctl::test::PassThroughSwitch((bypass & 1) ? 1.0f : 0.0f));
     const std::string text = "bypass=" + std::to_string(bypass & 1);
     if (g_fake.notify)
         g_fake.notify(handle, text.c_str(), static_cast<uint32_t>(text.size()), g_fake.context);

@@ -19,6 +19,31 @@ bool IsLineSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r
 }  // namespace
 
 template <typename Map>
+typename Map::mapped_type::element_type* CIniFile::FindEntry(const Map& map,
+                                                             const std::string& name) {
+    auto it = map.find(Trim(name));
+    return it == map.end() ? nullptr : it->second.get();
+}
+
+template <typename Map, typename Owner>
+typename Map::mapped_type::element_type* CIniFile::GetOrCreateEntry(Map& map,
+                                                                    const std::string& name,
+                                                                    Owner* owner) {
+    using Entry = typename Map::mapped_type::element_type;
+    const std::string trimmed = Trim(name);
+    auto it = map.find(trimmed);
+    if (it == map.end()) it = map.emplace(trimmed, std::make_unique<Entry>(owner, trimmed)).first;
+    return it->second.get();
+}
+
+template <typename Map>
+void CIniFile::RemoveEntry(Map& map, const typename Map::mapped_type::element_type* entry) {
+    if (entry == nullptr) return;
+    auto it = map.find(entry->GetName());
+    if (it != map.end() && it->second.get() == entry) map.erase(it);
+}
+
+template <typename Map>
 bool CIniFile::RenameEntry(Map& map, const std::string& oldName, const std::string& newName) {
     const std::string trimmedNew = Trim(newName);
     if (map.find(trimmedNew) != map.end()) return false;
@@ -48,27 +73,16 @@ CIniFile::CSection::CSection(CIniFile* owner, const std::string& name)
     : m_pIniFile(owner), m_name(name) {}
 
 CIniFile::CKey* CIniFile::CSection::GetKey(const std::string& name) const {
-    auto it = m_keys.find(Trim(name));
-    return it == m_keys.end() ? nullptr : it->second.get();
+    return FindEntry(m_keys, name);
 }
 
 CIniFile::CKey* CIniFile::CSection::GetOrCreateKey(const std::string& name) {
-    const std::string trimmed = Trim(name);
-    auto it = m_keys.find(trimmed);
-    if (it != m_keys.end()) return it->second.get();
-    auto key = std::make_unique<CKey>(this, trimmed);
-    CKey* raw = key.get();
-    m_keys.emplace(trimmed, std::move(key));
-    return raw;
+    return GetOrCreateEntry(m_keys, name, this);
 }
 
 void CIniFile::CSection::RemoveKey(const std::string& name) { m_keys.erase(Trim(name)); }
 
-void CIniFile::CSection::RemoveKey(CKey* key) {
-    if (key == nullptr) return;
-    auto it = m_keys.find(key->GetName());
-    if (it != m_keys.end() && it->second.get() == key) m_keys.erase(it);
-}
+void CIniFile::CSection::RemoveKey(CKey* key) { RemoveEntry(m_keys, key); }
 
 bool CIniFile::CSection::RenameKey(const std::string& oldName, const std::string& newName) {
     return RenameEntry(m_keys, oldName, newName);
@@ -171,27 +185,16 @@ void CIniFile::Dump() const {
 }
 
 CIniFile::CSection* CIniFile::GetSection(const std::string& name) const {
-    auto it = m_sections.find(Trim(name));
-    return it == m_sections.end() ? nullptr : it->second.get();
+    return FindEntry(m_sections, name);
 }
 
 CIniFile::CSection* CIniFile::GetOrCreateSection(const std::string& name) {
-    const std::string trimmed = Trim(name);
-    auto it = m_sections.find(trimmed);
-    if (it != m_sections.end()) return it->second.get();
-    auto section = std::make_unique<CSection>(this, trimmed);
-    CSection* raw = section.get();
-    m_sections.emplace(trimmed, std::move(section));
-    return raw;
+    return GetOrCreateEntry(m_sections, name, this);
 }
 
 void CIniFile::RemoveSection(const std::string& name) { m_sections.erase(Trim(name)); }
 
-void CIniFile::RemoveSection(CSection* section) {
-    if (section == nullptr) return;
-    auto it = m_sections.find(section->GetName());
-    if (it != m_sections.end() && it->second.get() == section) m_sections.erase(it);
-}
+void CIniFile::RemoveSection(CSection* section) { RemoveEntry(m_sections, section); }
 
 bool CIniFile::RenameSection(const std::string& oldName, const std::string& newName) {
     return RenameEntry(m_sections, oldName, newName);

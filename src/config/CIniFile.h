@@ -105,7 +105,18 @@ class CIniFile {
     static std::string Trim(const std::string& text);
 
   private:
-    /// Renames an entry of a name-keyed map of owned objects by taking its node out and in.
+    // Operations on the name-keyed maps of owned sections or keys; names are trimmed.
+    template <typename Map>
+    static typename Map::mapped_type::element_type* FindEntry(const Map& map,
+                                                              const std::string& name);
+    template <typename Map, typename Owner>
+    static typename Map::mapped_type::element_type* GetOrCreateEntry(Map& map,
+                                                                     const std::string& name,
+                                                                     Owner* owner);
+    /// Removes the entry only if it is this very object.
+    template <typename Map>
+    static void RemoveEntry(Map& map, const typename Map::mapped_type::element_type* entry);
+    /// Renames an entry by taking its node out and in.
     template <typename Map>
     static bool RenameEntry(Map& map, const std::string& oldName, const std::string& newName);
     /// The number of a value as "%d" (hex false) or "%x" reads it; see LoadIntVal.

@@ -7,11 +7,9 @@
 
 #include "config/IControlDescription.h"
 #include "config/ISingleLineParser.h"
-#include "config/PresetParser.h"
+#include "config/PresetDescription.h"
 
 namespace TesselFX {
-
-using ControlDescriptions = std::map<std::string, std::shared_ptr<IControlDescription>>;
 
 /// "name=DEV:n,SR:rates,PRESET:a|b,CONTROL_TYPE:t,other:value,..." -> controls[name]. Other
 /// pairs go into the control's settings as strings. Bad entries are logged; a control without a

@@ -5,7 +5,7 @@
 
 #include "config/CustomAction.h"
 #include "config/ISingleLineParser.h"
-#include "config/PresetParser.h"
+#include "config/PresetDescription.h"
 
 namespace TesselFX {
 

@@ -1,7 +1,9 @@
 #include "config/HalControlConfig.h"
 
+#include "config/ControlDescriptionParser.h"
 #include "config/CustomActionParser.h"
 #include "config/OrientationSubtypesParser.h"
+#include "config/PresetParser.h"
 #include "config/StreamTypeToVolumePriorityParser.h"
 #include "config/StringUtils.h"
 #include "config/SupportedFeaturesParser.h"

@@ -8,10 +8,10 @@
 
 #include "config/CIniFile.h"
 #include "config/ConfigTypes.h"
-#include "config/ControlDescriptionParser.h"
 #include "config/CustomAction.h"
+#include "config/IControlDescription.h"
 #include "config/ISingleLineParser.h"
-#include "config/PresetParser.h"
+#include "config/PresetDescription.h"
 
 namespace TesselFX {
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -23,5 +24,8 @@ class IControlDescription {
     /// "DEV" as an int value and every other unrecognised pair of the line as a string value.
     virtual std::shared_ptr<CommonSettings> GetSettings() const = 0;
 };
+
+/// Control descriptions by control name.
+using ControlDescriptions = std::map<std::string, std::shared_ptr<IControlDescription>>;
 
 }  // namespace TesselFX

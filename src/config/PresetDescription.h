@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
+#include <memory>
 #include <string>
 
 #include "config/ConfigTypes.h"
@@ -31,5 +33,8 @@ class PresetDescription {
     std::string m_volumeSubtypesName;
     std::string m_orientationSubtypesName;
 };
+
+/// Preset descriptions by preset name.
+using PresetDescriptions = std::map<std::string, std::shared_ptr<PresetDescription>>;
 
 }  // namespace TesselFX

@@ -12,8 +12,6 @@
 
 namespace TesselFX {
 
-using PresetDescriptions = std::map<std::string, std::shared_ptr<PresetDescription>>;
-
 /// "name=OM:n,SM:n,ST:n|n,VST:table,OST:table" -> presets[name], and copies of the named
 /// volume and orientation tables under the preset's name. A line without OM or SM is dropped
 /// silently; an unknown tag throws std::out_of_range, a bad number std::invalid_argument.

@@ -8,8 +8,9 @@ namespace TesselFX {
 
 /// Writes one console line per message to a stream it does not own; never flushes.
 class StdLog : public TesselLogInterface {
-public:
-    StdLog(std::string name, FILE* stream) : TesselLogInterface(std::move(name)), m_stream(stream) {}
+  public:
+    StdLog(std::string name, FILE* stream)
+        : TesselLogInterface(std::move(name)), m_stream(stream) {}
     void Print(const std::string& timestamp, uint32_t pid, uint32_t tid, uint32_t level,
                const std::string& tag, const std::string& text) override;
 
@@ -18,7 +19,7 @@ public:
                                   const char* levelWord, const std::string& tag,
                                   const std::string& text);
 
-private:
+  private:
     FILE* m_stream;
 };
 

@@ -5,7 +5,7 @@
 namespace TesselFX {
 
 class StderrLog : public StdLog {
-public:
+  public:
     StderrLog() : StdLog("STDERR_LOG", stderr) {}
 };
 

@@ -5,7 +5,7 @@
 namespace TesselFX {
 
 class StdoutLog : public StdLog {
-public:
+  public:
     StdoutLog() : StdLog("STDOUT_LOG", stdout) {}
 };
 

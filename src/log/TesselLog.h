@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "log/TesselLogInterface.h"
 
@@ -28,7 +29,7 @@ constexpr size_t kTesselLogTagCount = 9;
 constexpr size_t kTesselLogOutputSlots = 5;
 
 class ITesselLog {
-public:
+  public:
     virtual ~ITesselLog() = default;
     virtual bool SetLogLevel(const char* tagName, uint32_t level) = 0;
     virtual bool SetLogOutput(const char* outputName, bool enable) = 0;
@@ -45,10 +46,15 @@ class TesselLogImpl;
 /// (relaxed atomics); the settings are meant to be written by the loader thread and, after it
 /// finished, by SetLogLevel/SetLogOutput.
 class TesselLog : public ITesselLog {
-public:
+  public:
     static TesselLog& Get();
 
+    /// Asynchronous: a loader thread applies the first readable log INI of iniPaths
+    /// (DefaultIniPaths() when not given) while the constructor returns at once; until it has
+    /// finished, SetLogLevel/SetLogOutput refuse. Otherwise no INI is read.
     explicit TesselLog(bool asynchronous);
+    TesselLog(bool asynchronous, std::vector<std::string> iniPaths);
+    /// Joins the loader thread, ends the file output's queue thread, releases the outputs.
     ~TesselLog() override;
     TesselLog(const TesselLog&) = delete;
     TesselLog& operator=(const TesselLog&) = delete;
@@ -61,10 +67,13 @@ public:
         __attribute__((format(printf, 4, 0)));
 
     /// Internal, never exported: for tests and tools of this project.
-    /// Waits until the loader thread has applied the log INI.
+    /// Waits until the loader thread has applied the log INI and the file output's queue
+    /// thread has executed what it was given.
     void WaitForInit();
     /// Applies log INI text as the loader does (force: not barred by the init rule).
     bool LoadFromIniText(const std::string& text);
+    /// The output in a slot (0 to 4), or null.
+    std::shared_ptr<TesselLogInterface> GetOutput(size_t slot) const;
     /// Puts an output in a slot (0 to 4), replacing what was there; null empties the slot.
     /// Returns the previous output. Call only when no other thread logs.
     std::shared_ptr<TesselLogInterface> ReplaceOutput(size_t slot,
@@ -72,35 +81,43 @@ public:
     /// Re-computes anyOutput/androidOnly after outputs were enabled or replaced directly.
     void RefreshOutputFlags();
 
+    /// "/vendor/etc/zorb_conf.ini", then "/system/etc/zorb_conf.ini".
+    static std::vector<std::string> DefaultIniPaths();
+
     /// Level per tag; a line of level L on tag T is written when levels[T] <= L.
     std::atomic<uint32_t> levels[kTesselLogTagCount];
 
-private:
+  private:
     std::shared_ptr<TesselLogImpl> m_impl;
 };
+
+/// SetLogLevel of the process-wide logger, building it if needed.
+bool TesselLogSetLogLevel(uint32_t level, const char* tagName);
+/// SetLogOutput of the process-wide logger, building it if needed.
+bool TesselLogSetLogOutput(const char* outputName, bool enable);
 
 }  // namespace TesselFX
 
 /// The call-site guard: arguments of a line that is not printed are not evaluated.
-#define TESSEL_LOG(level, tag, ...)                                                         \
-    do {                                                                                    \
-        ::TesselFX::TesselLog& tesselLog_ = ::TesselFX::TesselLog::Get();                   \
+#define TESSEL_LOG(level, tag, ...)                                                        \
+    do {                                                                                   \
+        ::TesselFX::TesselLog& tesselLog_ = ::TesselFX::TesselLog::Get();                  \
         if (tesselLog_.levels[::TesselFX::tag].load(std::memory_order_relaxed) <= (level)) \
-            tesselLog_.Print((level), #tag, __VA_ARGS__);                                   \
+            tesselLog_.Print((level), #tag, __VA_ARGS__);                                  \
     } while (0)
 
 /// An error is two lines at level 4: the source position, then the text.
-#define TESSEL_LOG_ERROR(tag, ...)                                          \
-    do {                                                                    \
-        ::TesselFX::TesselLog& tesselLog_ = ::TesselFX::TesselLog::Get();   \
-        tesselLog_.Print(4, #tag, "%s:%d, ", __FILE__, __LINE__);           \
-        tesselLog_.Print(4, #tag, __VA_ARGS__);                             \
+#define TESSEL_LOG_ERROR(tag, ...)                                        \
+    do {                                                                  \
+        ::TesselFX::TesselLog& tesselLog_ = ::TesselFX::TesselLog::Get(); \
+        tesselLog_.Print(4, #tag, "%s:%d, ", __FILE__, __LINE__);         \
+        tesselLog_.Print(4, #tag, __VA_ARGS__);                           \
     } while (0)
 
 /// The level-0 entry trace with the compiler's pretty function name.
-#define TESSEL_LOG_ENTERING(tag) \
-    TESSEL_LOG(0, tag, "Entering function %s", __PRETTY_FUNCTION__)
+#define TESSEL_LOG_ENTERING(tag) TESSEL_LOG(0, tag, "Entering function %s", __PRETTY_FUNCTION__)
 
 /// Whether a line of this level on this tag would be written.
-#define TESSEL_LOG_ON(level, tag) \
-    (::TesselFX::TesselLog::Get().levels[::TesselFX::tag].load(std::memory_order_relaxed) <= (level))
+#define TESSEL_LOG_ON(level, tag)                                                            \
+    (::TesselFX::TesselLog::Get().levels[::TesselFX::tag].load(std::memory_order_relaxed) <= \
+     (level))

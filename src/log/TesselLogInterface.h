@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 
@@ -8,7 +9,7 @@ namespace TesselFX {
 /// One log output. The front end calls Print only while the output is enabled.
 /// Print may be called from any thread; each back end states its own thread safety.
 class TesselLogInterface {
-public:
+  public:
     explicit TesselLogInterface(std::string name) : m_name(std::move(name)) {}
     virtual ~TesselLogInterface() = default;
 
@@ -18,12 +19,13 @@ public:
     /// Stores enable and returns true when name is this output's name; false otherwise.
     virtual bool SetOutputEnabled(const char* name, bool enable);
 
-    bool IsEnabled() const { return m_enabled; }
+    bool IsEnabled() const { return m_enabled.load(std::memory_order_relaxed); }
     const std::string& GetName() const { return m_name; }
 
-protected:
+  protected:
     std::string m_name;
-    bool m_enabled = false;
+    // Read by every logging thread, written by the settings path.
+    std::atomic<bool> m_enabled{false};
 };
 
 /// The level words of console and file lines, indexed by level 0 to 4.

@@ -5,12 +5,12 @@
 #include <memory>
 #include <vector>
 
+#include "preset/IPresetHandleListener.h"
 #include "preset/LinkLawEntry.h"
 #include "preset/OmSm.h"
 
 namespace TesselFX {
 
-class IPresetHandleListener;
 class SuperPreset;
 
 /// The merged view of one mode pair: system and user presets of the base and the enabled

@@ -1,6 +1,7 @@
 #include "preset/Preset.h"
 
 #include "log/TesselLog.h"
+#include "preset/ParameterMaps.h"
 
 namespace TesselFX {
 
@@ -24,7 +25,7 @@ void Preset::SetParameterArray(const std::vector<unsigned int>& ids,
 }
 
 void Preset::SetParameterArray(const std::map<unsigned int, double>& parameters) {
-    for (const auto& parameter : parameters) m_parameters[parameter.first] = parameter.second;
+    MergeParameterMap(m_parameters, parameters);
 }
 
 bool Preset::GetParameter(unsigned int id, double& value) const {
@@ -45,14 +46,7 @@ bool Preset::GetParameterArray(const std::vector<unsigned int>& ids,
 }
 
 bool Preset::GetAllParameters(std::vector<unsigned int>& ids, std::vector<double>& values) const {
-    ids.clear();
-    values.clear();
-    ids.reserve(m_parameters.size());
-    values.reserve(m_parameters.size());
-    for (const auto& parameter : m_parameters) {
-        ids.push_back(parameter.first);
-        values.push_back(parameter.second);
-    }
+    SplitParameterMap(m_parameters, ids, values);
     return true;
 }
 

@@ -1,0 +1,398 @@
+// The wrapper against the stand-in library libDspKit_HiFi3z.so built from tools/dspkit-sim.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+
+#include "AndroidLogFake.h"
+#include "DspKitSim.h"
+#include "dsp/Hifi3ControlBufferGenerator.h"
+#include "dsp/Hifi3ReplyBufferParser.h"
+#include "dsp/ZorbEffectCoefsConverter.h"
+#include "dsp/ZorbEffectWrapper.h"
+
+namespace TesselFX {
+namespace {
+
+using test::AndroidLogCapture;
+using Strings = std::vector<std::string>;
+
+/// Sets DSPKIT_SIM_FAIL for its lifetime.
+class FailingEntryPoints {
+  public:
+    explicit FailingEntryPoints(const char* names) { setenv("DSPKIT_SIM_FAIL", names, 1); }
+    ~FailingEntryPoints() { unsetenv("DSPKIT_SIM_FAIL"); }
+};
+
+std::shared_ptr<IZorbEffectWrapper> Load(int flags = ZorbEffectWrapper::kHelperLoadFlags) {
+    return ZorbEffectWrapper::Create(DSPKIT_SIM_PATH, flags);
+}
+
+std::shared_ptr<IZorbEffectWrapper> LoadInitialized(unsigned channels = 2) {
+    auto effect = Load();
+    if (!effect || !effect->Initialize(48000, channels, 4)) return nullptr;
+    return effect;
+}
+
+struct Block {
+    uint32_t id;
+    std::vector<float> values;
+};
+
+Block ReadBlock(IZorbEffectWrapper& effect, int id) {
+    unsigned maxSize = 0;
+    EXPECT_TRUE(effect.Control_Coefficient_GetBufferMaxSize(&maxSize));
+    std::vector<char> buffer(maxSize);
+    unsigned size = 0;
+    EXPECT_TRUE(effect.Control_Coefficient_Get(id, buffer.data(), &size));
+    Block block = {0, {}};
+    if (size < 8) return block;
+    uint32_t count = 0;
+    std::memcpy(&block.id, buffer.data(), 4);
+    std::memcpy(&count, buffer.data() + 4, 4);
+    EXPECT_EQ(size, 8 + 4 * count);
+    block.values.resize(count);
+    std::memcpy(block.values.data(), buffer.data() + 8, 4 * count);
+    return block;
+}
+
+std::vector<int> Update(IZorbEffectWrapper& effect) {
+    unsigned max = 0;
+    EXPECT_TRUE(effect.Control_Deferred_GetMaxNumCoefIDs(&max));
+    std::vector<int> ids(max);
+    unsigned count = 0;
+    EXPECT_TRUE(effect.Control_Deferred_Update(ids.data(), &count));
+    ids.resize(count);
+    return ids;
+}
+
+TEST(ZorbEffectWrapper, MissingLibraryGivesBothLinesAndNoWrapper) {
+    AndroidLogCapture log;
+    EXPECT_EQ(ZorbEffectWrapper::Create("/nonexistent/libDspKit_HiFi3z.so"), nullptr);
+    const auto lines = log.Lines();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0].text, "Failed to open library: /nonexistent/libDspKit_HiFi3z.so");
+    EXPECT_EQ(lines[1].text, "ZorbEffectWrapper: /nonexistent/libDspKit_HiFi3z.so load error");
+    for (const auto& line : lines) {
+        EXPECT_EQ(line.priority, 6);
+        EXPECT_EQ(line.tag, "TESSEL_LOG_TAG");
+    }
+}
+
+TEST(ZorbEffectWrapper, InitializesWithBothFlagFormsAndReadsTheRevision) {
+    AndroidLogCapture log;
+    for (int flags : {ZorbEffectWrapper::kDefaultLoadFlags, ZorbEffectWrapper::kHelperLoadFlags}) {
+        auto effect = Load(flags);
+        ASSERT_NE(effect, nullptr);
+        EXPECT_FALSE(effect->IsInitialized());
+        EXPECT_TRUE(effect->Initialize(48000, 2, 4));
+        EXPECT_TRUE(effect->IsInitialized());
+        // A second initialisation replaces the effect buffer.
+        EXPECT_TRUE(effect->Initialize(44100, 1, 4));
+        unsigned meters = 0;
+        EXPECT_TRUE(effect->Meters_GetBufferSize(&meters));
+        EXPECT_EQ(meters, 2u);
+
+        const char* text = nullptr;
+        unsigned size = 0;
+        ASSERT_TRUE(effect->Revision_Get(&text, &size));
+        EXPECT_EQ(std::string(text, size), "DspKitSim 1.00 stand-in");
+        unsigned code = 0;
+        EXPECT_TRUE(effect->GetRevisionCode(&code));
+        EXPECT_EQ(code, 0x30302E31u);  // "1.00" little-endian
+    }
+    EXPECT_TRUE(log.Texts().empty());
+}
+
+TEST(ZorbEffectWrapper, EntryPointFailuresAreLoggedWithTheirResult) {
+    AndroidLogCapture log;
+    auto effect = Load();
+    ASSERT_NE(effect, nullptr);
+
+    // ZorbScenario_Initialize is never resolved, whatever the library holds.
+    std::vector<char> scenario(64);
+    EXPECT_FALSE(effect->Initialize(scenario.data()));
+    unsigned size = 0;
+    EXPECT_TRUE(effect->GetScenarioSize(&size));
+
+    {
+        FailingEntryPoints fail("ZorbEffect_GetEffectSize");
+        EXPECT_FALSE(effect->Initialize(48000, 2, 4));
+        EXPECT_FALSE(effect->IsInitialized());
+    }
+    {
+        FailingEntryPoints fail("ZorbEffect_Reset,ZorbEffect_Initialize");
+        EXPECT_FALSE(effect->Initialize(48000, 2, 4));
+        EXPECT_FALSE(effect->IsInitialized());
+    }
+    EXPECT_TRUE(effect->Initialize(48000, 2, 4));
+    EXPECT_TRUE(effect->IsInitialized());
+    {
+        FailingEntryPoints fail("ZorbEffect_Initialize");
+        EXPECT_FALSE(effect->Initialize(48000, 2, 4));
+        EXPECT_FALSE(effect->IsInitialized());
+    }
+    // The library's own refusal: the channel count is out of its range.
+    EXPECT_FALSE(effect->Initialize(48000, 9, 4));
+    {
+        FailingEntryPoints fail("ZorbEffect_Revision_Get");
+        unsigned code = 0;
+        EXPECT_FALSE(effect->GetRevisionCode(&code));
+    }
+
+    EXPECT_EQ(
+        log.Texts(),
+        (Strings{"Error: Function ZorbScenario_Initialize not found.",
+                 "Error: Function ZorbEffect_GetEffectSize failed to execute. Returned "
+                 "value: -77",
+                 "ZorbEffectWrapper::PrepareEffectBuffer failed",
+                 "Error: Function ZorbEffect_Initialize failed to execute. Returned value: -77",
+                 "Error: Function ZorbEffect_Initialize failed to execute. Returned value: -77",
+                 "Error: Function ZorbEffect_Initialize failed to execute. Returned value: -22",
+                 "Error: Function ZorbEffect_Revision_Get failed to execute. Returned value: "
+                 "-77"}));
+}
+
+TEST(ZorbEffectWrapper, EveryEntryPointIsResolved) {
+    auto effect = LoadInitialized();
+    ASSERT_NE(effect, nullptr);
+    AndroidLogCapture log;
+    unsigned a = 0, b = 0;
+    int rpc = 0;
+    auto callback = [](void*, unsigned*, unsigned) { return 0; };
+    std::vector<char> scenario(64);
+    EXPECT_TRUE(effect->GetEffectSize(&a));
+    EXPECT_TRUE(effect->GetEffectSizeFromScenario(scenario.data(), &a));
+    EXPECT_TRUE(effect->RPC_SetRequestTx(&rpc, nullptr));
+    EXPECT_TRUE(effect->RPC_SetResponseTx(&rpc, nullptr));
+    EXPECT_TRUE(effect->RPC_GetSelfRx(&rpc));
+    EXPECT_TRUE(effect->RPC_Register_cb_Command(&rpc, callback, nullptr));
+    EXPECT_TRUE(effect->RPC_Register_cb_GetCoefficient(&rpc, callback, nullptr));
+    EXPECT_TRUE(effect->RPC_Register_cb_GetMeters(&rpc, callback, nullptr));
+    EXPECT_TRUE(effect->RPC_Register_cb_GetParametersArray(&rpc, callback, nullptr));
+    EXPECT_TRUE(effect->RPC_Register_cb_GetRevision(&rpc, callback, nullptr));
+    EXPECT_TRUE(effect->Reset());
+    EXPECT_TRUE(effect->GetMessageMaxSize(&a, &b));
+    EXPECT_EQ(a, 16000u);
+
+    EXPECT_TRUE(effect->Control_Parameter_Set(111, 6.0f));
+    float value = 0;
+    EXPECT_TRUE(effect->Control_Parameter_Get(111, &value));
+    EXPECT_EQ(value, 6.0f);
+    const int ids[] = {110, 111, 200, 3000};
+    float values[4] = {};
+    EXPECT_TRUE(effect->Control_ParametersArray_Get(ids, values, 4));
+    EXPECT_EQ(std::vector<float>(values, values + 4), (std::vector<float>{1000, 6, 0, 0}));
+    const int* fixed = nullptr;
+    int count = 0;
+    EXPECT_TRUE(effect->Control_Parameter_IDs_Get(&fixed, &count));
+    ASSERT_EQ(count, 13);
+    EXPECT_EQ(fixed[0], 100);
+    EXPECT_EQ(fixed[12], 200);
+    std::vector<int> all(600);
+    unsigned listed = 600;
+    EXPECT_TRUE(effect->Control_Deferred_ListAllCoefIDs(all.data(), &listed));
+    all.resize(listed);
+    EXPECT_EQ(all, (std::vector<int>{1, 2, 3, 4, 10}));
+    // A block of the host side applied through the library's own entry point.
+    std::vector<char> block(72);
+    unsigned size = 0;
+    EXPECT_TRUE(effect->Control_Coefficient_Get(2, block.data(), &size));
+    unsigned used = 0;
+    EXPECT_TRUE(effect->Control_Coefficient_Set(block.data(), size, &used));
+    EXPECT_EQ(used, 28u);
+
+    // Meter buffer round trip: count 4, then value and flag per meter, all zero so far.
+    std::vector<char> meters(100);
+    size = 100;
+    EXPECT_TRUE(effect->Meters_GetBuffer(meters.data(), &size));
+    ASSERT_EQ(size, 36u);
+    EXPECT_EQ(meters[0], 4);
+    EXPECT_TRUE(effect->Meters_SetBuffer(meters.data(), size));
+    float meterValues[4];
+    int meterFlags[4];
+    EXPECT_TRUE(effect->Meters_Readout(meterValues, meterFlags, 4));
+    EXPECT_EQ(meterFlags[3], 0);
+
+    // The stand-in's scenario is two u32: sample rate and channels.
+    const uint32_t mono[2] = {16000, 1};
+    std::memcpy(scenario.data(), mono, sizeof(mono));
+    EXPECT_TRUE(effect->InitializeFromScenario(scenario.data(), nullptr, 0, nullptr, 0));
+    EXPECT_TRUE(effect->Meters_GetBufferSize(&a));
+    EXPECT_EQ(a, 2u);
+    EXPECT_TRUE(log.Texts().empty());
+}
+
+TEST(ZorbEffectWrapper, PeakingBandCoefficientsFollowTheCookbook) {
+    auto effect = LoadInitialized();
+    ASSERT_NE(effect, nullptr);
+    // Band 1: 1 kHz, +6 dB, Q 1 at 48 kHz.
+    EXPECT_TRUE(effect->Control_Deferred_Set(110, 1000.0f));
+    EXPECT_TRUE(effect->Control_Deferred_Set(111, 6.0f));
+    EXPECT_TRUE(effect->Control_Deferred_Set(112, 1.0f));
+    EXPECT_EQ(Update(*effect), std::vector<int>{2});
+    const Block block = ReadBlock(*effect, 2);
+    EXPECT_EQ(block.id, 2u);
+    ASSERT_EQ(block.values.size(), 5u);
+    // A = 10^(6/40) = 1.41253754, w0 = 2*pi*1000/48000 = 0.13089969,
+    // alpha = sin(w0)/2 = 0.06526310, a0 = 1 + alpha/A = 1.04620273.
+    const double expected[5] = {
+        (1 + 0.06526309611 * 1.41253754462) / 1.04620273377, -2 * 0.99144486137 / 1.04620273377,
+        (1 - 0.06526309611 * 1.41253754462) / 1.04620273377, -2 * 0.99144486137 / 1.04620273377,
+        (1 - 0.06526309611 / 1.41253754462) / 1.04620273377};
+    const double literal[5] = {1.043953086990, -1.895320723937, 0.867722284760, -1.895320723937,
+                               0.911675371750};
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_NEAR(block.values[i], expected[i], 2e-7) << i;
+        EXPECT_NEAR(block.values[i], literal[i], 2e-7) << i;
+    }
+
+    // 0 dB is a pass-through whatever frequency and Q.
+    EXPECT_TRUE(effect->Control_Deferred_Set(101, 0.0f));
+    EXPECT_EQ(Update(*effect), std::vector<int>{1});
+    const Block flat = ReadBlock(*effect, 1);
+    ASSERT_EQ(flat.values.size(), 5u);
+    EXPECT_NEAR(flat.values[0], 1.0, 1e-7);
+    EXPECT_NEAR(flat.values[1], flat.values[3], 1e-7);
+    EXPECT_NEAR(flat.values[2], flat.values[4], 1e-7);
+}
+
+TEST(ZorbEffectWrapper, UpdateReportsExactlyTheBlocksWhoseInputsChanged) {
+    auto effect = LoadInitialized();
+    ASSERT_NE(effect, nullptr);
+    EXPECT_TRUE(Update(*effect).empty());
+
+    // First set of an input counts, even at its default.
+    EXPECT_TRUE(effect->Control_Deferred_Set(200, 0.0f));
+    EXPECT_TRUE(effect->Control_Deferred_Set(130, 12000.0f));
+    // 2820 and 2821 share the generic block 4096 + 2820/16; 105 is no band field.
+    EXPECT_TRUE(effect->Control_Deferred_Set(2821, 1.0f));
+    EXPECT_TRUE(effect->Control_Deferred_Set(2820, 0.0f));
+    EXPECT_TRUE(effect->Control_Deferred_Set(105, 3.0f));
+    EXPECT_EQ(Update(*effect), (std::vector<int>{4, 10, 4102, 4272}));
+
+    // The same values again change nothing; one changed value changes one block.
+    EXPECT_TRUE(effect->Control_Deferred_Set(200, 0.0f));
+    EXPECT_TRUE(effect->Control_Deferred_Set(2821, 1.0f));
+    EXPECT_TRUE(Update(*effect).empty());
+    EXPECT_TRUE(effect->Control_Deferred_Set(2821, 2.0f));
+    EXPECT_EQ(Update(*effect), std::vector<int>{4272});
+
+    const Block generic = ReadBlock(*effect, 4272);
+    ASSERT_EQ(generic.values.size(), 16u);
+    EXPECT_EQ(generic.values[4], 0.0f);  // 2820 = 16 * 176 + 4
+    EXPECT_EQ(generic.values[5], 2.0f);
+    const Block gain = ReadBlock(*effect, 10);
+    EXPECT_EQ(gain.values, std::vector<float>{1.0f});
+
+    // Negative ids are refused by the library.
+    AndroidLogCapture log;
+    EXPECT_FALSE(effect->Control_Deferred_Set(-1, 0.0f));
+    EXPECT_EQ(log.Texts(), Strings{"Error: Function ZorbEffect_Control_Deferred_Set failed to "
+                                   "execute. Returned value: -22"});
+}
+
+/// Processes one frame block on a second instance that stands for the DSP.
+std::vector<float> ProcessOnDsp(IZorbEffectWrapper& dsp, std::vector<float> samples) {
+    ZorbStream_t stream = {samples.data(), static_cast<uint32_t>(samples.size() / 2)};
+    ZorbStream_t* const streams[] = {&stream};
+    EXPECT_TRUE(dsp.Process(streams, streams));
+    return samples;
+}
+
+TEST(ZorbEffectWrapper, HostBlocksDriveTheDspSideThroughFramesAndMeters) {
+    auto host = LoadInitialized();
+    auto dsp = LoadInitialized();
+    ASSERT_NE(host, nullptr);
+    ASSERT_NE(dsp, nullptr);
+
+    // Untouched, the DSP side passes audio unchanged.
+    EXPECT_EQ(ProcessOnDsp(*dsp, {0.25f, -0.5f}), (std::vector<float>{0.25f, -0.5f}));
+
+    auto converter = std::make_shared<ZorbEffectCoefsConverter>(host);
+    ASSERT_TRUE(converter->InitCheck());
+    Hifi3ControlBufferGenerator generator(converter);
+    std::vector<std::vector<char>> frames;
+    ASSERT_EQ(generator.MakeSetParameterArrayBufferV2(
+                  frames, {{110, 1000}, {111, 6}, {112, 1}, {200, -6.020599913279624}}, true),
+              0);
+    ASSERT_EQ(frames.size(), 1u);
+    // Band block of 8 + 20 bytes, gain block of 8 + 4 bytes.
+    EXPECT_EQ(frames[0].size(), 8u + 28 + 12);
+    for (const auto& frame : frames) {
+        unsigned size = 0;
+        EXPECT_TRUE(
+            dsp->Message(frame.data(), static_cast<unsigned>(frame.size()), nullptr, &size));
+    }
+
+    // Impulse response of band 1 times the gain of 0.5, left channel; right stays silent.
+    const std::vector<float> out = ProcessOnDsp(*dsp, {1, 0, 0, 0, 0, 0});
+    EXPECT_NEAR(out[0], 0.5 * 1.043953086990, 1e-6);
+    EXPECT_NEAR(out[2], 0.5 * 0.083305196654, 1e-6);
+    EXPECT_NEAR(out[4], 0.5 * 0.073866031718, 1e-6);
+    EXPECT_EQ(out[1], 0.0f);
+
+    // The DSP's meter answer, read back through the host copy.
+    Hifi3ControlBufferGenerator requests(nullptr);
+    std::vector<char> request;
+    requests.MakeGetMetersBuffer(request, {});
+    std::vector<char> reply(16000);
+    unsigned replySize = static_cast<unsigned>(reply.size());
+    ASSERT_TRUE(dsp->Message(request.data(), 4, reply.data(), &replySize));
+    reply.resize(replySize);
+    EXPECT_EQ(replySize, 8u + 4 + 4 * 8);
+
+    Hifi3ReplyBufferParser parser(host);
+    std::map<uint32_t, CMeterValue> values;
+    ASSERT_EQ(parser.ParseReplyMetersBuffer(reply,
+                                            {{10, CMeterInfo(0, CMeterInfo::kTypeFloat, 1)},
+                                             {11, CMeterInfo(1, CMeterInfo::kTypeFloat, 1)},
+                                             {12, CMeterInfo(2, CMeterInfo::kTypeInteger, 1)}},
+                                            values),
+              0);
+    ASSERT_EQ(values.size(), 3u);
+    EXPECT_NEAR(values[10].GetFloat(), 0.5 * 1.043953086990, 1e-6);  // left peak
+    // Left RMS over three frames.
+    const double h0 = 0.5 * 1.043953086990, h1 = 0.5 * 0.083305196654, h2 = 0.5 * 0.073866031718;
+    EXPECT_NEAR(values[11].GetFloat(), std::sqrt((h0 * h0 + h1 * h1 + h2 * h2) / 3), 1e-6);
+    EXPECT_EQ(values[12].GetUInt32(), 0u);  // right peak 0 as integer
+
+    // The version request is answered with the revision text.
+    requests.MakeGetVersionBuffer(request);
+    reply.assign(16000, 0);
+    replySize = static_cast<unsigned>(reply.size());
+    ASSERT_TRUE(dsp->Message(request.data(), 4, reply.data(), &replySize));
+    reply.resize(replySize);
+    std::string version;
+    EXPECT_EQ(parser.ParseReplyVersionBuffer(reply, version), 0);
+    EXPECT_EQ(version, "DspKitSim 1.00 stand-in");
+}
+
+TEST(ZorbEffectWrapper, ManyParametersFillSeveralFramesWithinTheLimit) {
+    auto host = LoadInitialized();
+    ASSERT_NE(host, nullptr);
+    auto converter = std::make_shared<ZorbEffectCoefsConverter>(host);
+    ASSERT_TRUE(converter->InitCheck());
+    Hifi3ControlBufferGenerator generator(converter);
+    std::map<unsigned int, double> parameters;
+    for (unsigned id = 1024; id < 1024 + 16 * 300; id += 8) parameters[id] = id;
+    std::vector<std::vector<char>> frames;
+    ASSERT_EQ(generator.MakeSetParameterArrayBufferV2(frames, parameters, false), 0);
+    // 300 generic blocks of 72 bytes: 222 fit in a frame.
+    ASSERT_EQ(frames.size(), 2u);
+    EXPECT_EQ(frames[0].size(), 8u + 222 * 72);
+    EXPECT_EQ(frames[1].size(), 8u + 78 * 72);
+
+    auto dsp = LoadInitialized();
+    ASSERT_NE(dsp, nullptr);
+    for (const auto& frame : frames) {
+        unsigned size = 0;
+        EXPECT_TRUE(
+            dsp->Message(frame.data(), static_cast<unsigned>(frame.size()), nullptr, &size));
+    }
+}
+
+}  // namespace
+}  // namespace TesselFX

@@ -103,40 +103,38 @@ bool ControlHandler::SetActive(unsigned int outputMode, unsigned int soundMode) 
     if (soundMode == kCurrentMode) {
         soundMode = m_soundMode;
     }
-    if (outputMode == m_outputMode && soundMode == m_soundMode) {
-        return true;
-    }
-    if (!HasPreset(outputMode, soundMode)) {
+    return ChangeModes(outputMode, soundMode, [outputMode, soundMode] {
         TESSEL_LOG_ERROR(TESSEL_LOG_FXModule,
                          "Preset with output mode %d, sound mode %d does not exist",
                          static_cast<int>(outputMode), static_cast<int>(soundMode));
-        return false;
-    }
-    return ApplyOutputAndSoundMode(outputMode, soundMode);
+    });
 }
 
 bool ControlHandler::SetSoundMode(unsigned int soundMode) {
     MarkCallerChange();
-    if (soundMode == m_soundMode) {
-        return true;
-    }
-    if (!HasPreset(m_outputMode, soundMode)) {
+    return ChangeModes(m_outputMode, soundMode, [soundMode] {
         TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "not supported sound mode %u", soundMode);
-        return false;
-    }
-    return ApplyOutputAndSoundMode(m_outputMode, soundMode);
+    });
 }
 
 bool ControlHandler::SetOutputMode(unsigned int outputMode) {
     MarkCallerChange();
-    if (outputMode == m_outputMode) {
+    return ChangeModes(outputMode, m_soundMode, [outputMode] {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "not supported output mode %u", outputMode);
+    });
+}
+
+template <typename Report>
+bool ControlHandler::ChangeModes(unsigned int outputMode, unsigned int soundMode,
+                                 Report reportUnknown) {
+    if (outputMode == m_outputMode && soundMode == m_soundMode) {
         return true;
     }
-    if (!HasPreset(outputMode, m_soundMode)) {
-        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "not supported output mode %u", outputMode);
+    if (!HasPreset(outputMode, soundMode)) {
+        reportUnknown();
         return false;
     }
-    return ApplyOutputAndSoundMode(outputMode, m_soundMode);
+    return ApplyOutputAndSoundMode(outputMode, soundMode);
 }
 
 bool ControlHandler::ApplyOutputAndSoundMode(unsigned int outputMode, unsigned int soundMode) {

@@ -42,9 +42,10 @@ class ControlHandler : public IControlHandler, public IVolumeTableHelper::Volume
   public:
     static constexpr unsigned int kCurrentMode = 0xFFFFFFFFu;
 
-    /// Registers itself as the helper's volume listener until destruction. generator and
-    /// parser are searched for the interfaces they offer; a missing one makes its operation a
-    /// success without effect.
+    /// Registers itself as the helper's volume listener until destruction. Sender, description,
+    /// preset set, policies and helper must not be null. generator and parser are searched for
+    /// the interfaces they offer, and a missing one makes its operation a success without
+    /// effect; without a converter the volume moves no link law.
     ControlHandler(const std::shared_ptr<IDspBufferSender>& dspBufferSender,
                    const std::shared_ptr<IControlDescription>& controlDescription,
                    const std::shared_ptr<IPresetSet>& presetSet,
@@ -136,6 +137,10 @@ class ControlHandler : public IControlHandler, public IVolumeTableHelper::Volume
     /// The buffer of one small control message; true without a generator.
     template <typename Generator, typename Make>
     bool SendControl(const std::shared_ptr<Generator>& generator, unsigned int number, Make make);
+    /// Makes the pair current and sends its preset; true without effect when it is current
+    /// already. reportUnknown tells the log when the description has no such preset.
+    template <typename Report>
+    bool ChangeModes(unsigned int outputMode, unsigned int soundMode, Report reportUnknown);
     /// The preset description of the mode pair, or null.
     std::shared_ptr<PresetDescription> FindPreset(unsigned int outputMode,
                                                   unsigned int soundMode) const;

@@ -16,6 +16,23 @@ uint32_t ReadU32(const std::vector<char>& buffer, size_t offset) {
            static_cast<uint32_t>(bytes[2]) << 16 | static_cast<uint32_t>(bytes[3]) << 24;
 }
 
+/// Whether the reply starts with the expected id and holds the 8-byte header. A wrong id is
+/// logged as wrongIdText followed by the id, checked first when its bytes are there.
+bool CheckReplyHeader(const std::vector<char>& reply, uint32_t expected, const char* wrongIdText,
+                      const char* function) {
+    if (reply.size() >= 4 && ReadU32(reply, 0) != expected) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s%d", wrongIdText,
+                         static_cast<int>(ReadU32(reply, 0)));
+        return false;
+    }
+    if (reply.size() < kReplyHeaderSize) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s reply of %zu bytes is too short", function,
+                         reply.size());
+        return false;
+    }
+    return true;
+}
+
 /// Truncates towards zero, saturating at the int32 limits; NaN gives 0.
 int32_t SaturatingToInt32(float value) {
     if (std::isnan(value)) return 0;
@@ -58,15 +75,8 @@ bool Hifi3ReplyBufferParser::FlagTestAndClear(size_t index) {
 
 status_t Hifi3ReplyBufferParser::ParseReplyVersionBuffer(const std::vector<char>& reply,
                                                          std::string& version) {
-    if (reply.size() >= 4 && ReadU32(reply, 0) != kDspReplyVersion) {
-        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "wrong id %d", static_cast<int>(ReadU32(reply, 0)));
-        return kStatusBadValue;
-    }
-    if (reply.size() < kReplyHeaderSize) {
-        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule,
-                         "Hifi3ReplyBufferParser::ParseReplyVersionBuffer reply of %zu bytes "
-                         "is too short",
-                         reply.size());
+    if (!CheckReplyHeader(reply, kDspReplyVersion, "wrong id ",
+                          "Hifi3ReplyBufferParser::ParseReplyVersionBuffer")) {
         return kStatusBadValue;
     }
     const uint32_t length = ReadU32(reply, 4);
@@ -84,17 +94,9 @@ status_t Hifi3ReplyBufferParser::ParseReplyVersionBuffer(const std::vector<char>
 status_t Hifi3ReplyBufferParser::ParseReplyMetersBuffer(const std::vector<char>& reply,
                                                         const std::map<uint32_t, CMeterInfo>& infos,
                                                         std::map<uint32_t, CMeterValue>& values) {
-    if (reply.size() >= 4 && ReadU32(reply, 0) != kDspReplyMeters) {
-        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule,
-                         "Hifi3ReplyBufferParser::ParseReplyMetersBuffer invalid id %d",
-                         static_cast<int>(ReadU32(reply, 0)));
-        return kStatusBadValue;
-    }
-    if (reply.size() < kReplyHeaderSize) {
-        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule,
-                         "Hifi3ReplyBufferParser::ParseReplyMetersBuffer reply of %zu bytes "
-                         "is too short",
-                         reply.size());
+    if (!CheckReplyHeader(reply, kDspReplyMeters,
+                          "Hifi3ReplyBufferParser::ParseReplyMetersBuffer invalid id ",
+                          "Hifi3ReplyBufferParser::ParseReplyMetersBuffer")) {
         return kStatusBadValue;
     }
     if (!m_pZorbEffect || !m_pZorbEffect->IsInitialized()) {

@@ -53,10 +53,10 @@ bool ZpsReader::LoadFile(const std::string& path, bool isUser) {
     }
     std::unique_ptr<FILE, FileCloser> file(fopen(path.c_str(), "rbe"));
     struct stat status;
-    if (file && (fstat(fileno(file.get()), &status) != 0 || !S_ISREG(status.st_mode))) {
-        // A directory opens for reading but has no bytes to give.
+    if (file && fstat(fileno(file.get()), &status) == 0 && !S_ISREG(status.st_mode)) {
+        // A directory or a device opens for reading but has no file size to give.
         file.reset();
-        errno = EISDIR;
+        errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
     }
     if (!file) {
         const int error = errno;

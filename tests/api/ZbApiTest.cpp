@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "../control/ErrorTexts.h"
 #include "LogCapture.h"
 #include "api/ZbApiCallbacks.h"
 #include "config/CommonSettings.h"
@@ -14,17 +15,6 @@ namespace test {
 namespace {
 
 const char* const kNoHandler = "no valid ControlHandler";
-
-/// Error texts without their source position lines, in order.
-std::vector<std::string> ErrorTexts(const LogCapture& capture) {
-    std::vector<std::string> texts;
-    for (const auto& text : capture.Texts(4)) {
-        if (text.find(".cpp:") == std::string::npos) {
-            texts.push_back(text);
-        }
-    }
-    return texts;
-}
 
 std::string Pointer(const void* pointer) {
     char text[32];

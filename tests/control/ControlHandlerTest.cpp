@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "ControlMocks.h"
+#include "ErrorTexts.h"
 #include "LogCapture.h"
 #include "config/OrientationPolicy.h"
 #include "control/ControlHandler.h"
@@ -26,17 +27,6 @@ using Buffers = std::vector<std::vector<char>>;
 
 const double kMinusInfinity = -std::numeric_limits<double>::infinity();
 
-/// Error texts without their source position lines, in order.
-std::vector<std::string> ErrorTexts(const LogCapture& capture) {
-    std::vector<std::string> texts;
-    for (const auto& text : capture.Texts(4)) {
-        if (text.find(".cpp:") == std::string::npos) {
-            texts.push_back(text);
-        }
-    }
-    return texts;
-}
-
 class MockParametersListener : public IParametersAndChunksChangedListener {
   public:
     MOCK_METHOD(void, OnParametersChanged, ((const std::map<unsigned int, double>&)), (override));
@@ -57,11 +47,10 @@ class MockVolumeListener : public IVolumeTableHelper::VolumeChangedListener {
 class ControlHandlerTest : public ::testing::Test {
   protected:
     ControlHandlerTest() {
-        description = std::make_shared<FakeControlDescription>(
-            std::vector<std::shared_ptr<PresetDescription>>{
-                std::make_shared<PresetDescription>("Music", 0, 0, 0, "VST", "OST"),
-                std::make_shared<PresetDescription>("Movie", 0, 1, 0, "VST", "OST"),
-                std::make_shared<PresetDescription>("Speaker", 1, 0, 0, "VST", "OST")});
+        description = MakeDescription(
+            {std::make_shared<PresetDescription>("Music", 0, 0, 0, "VST", "OST"),
+             std::make_shared<PresetDescription>("Movie", 0, 1, 0, "VST", "OST"),
+             std::make_shared<PresetDescription>("Speaker", 1, 0, 0, "VST", "OST")});
         description->GetSettings()->AddString("INSTANCE", "0");
         orientationPolicy = std::make_shared<OrientationPolicy>(
             std::map<std::string, std::map<OrientationAngle, SubTypeMask>>{
@@ -132,7 +121,7 @@ class ControlHandlerTest : public ::testing::Test {
 
     std::shared_ptr<NiceMock<MockDspBufferSender>> sender =
         std::make_shared<NiceMock<MockDspBufferSender>>();
-    std::shared_ptr<FakeControlDescription> description;
+    std::shared_ptr<ControlDescription> description;
     std::shared_ptr<NiceMock<MockPresetSet>> presetSet =
         std::make_shared<NiceMock<MockPresetSet>>();
     std::shared_ptr<NiceMock<MockVolumePolicy>> volumePolicy =
@@ -192,7 +181,7 @@ TEST_F(ControlHandlerTest, ConstructionTakesTheFirstPresetAndSendsNothing) {
 }
 
 TEST_F(ControlHandlerTest, WithoutPresetsReadsFail) {
-    description = std::make_shared<FakeControlDescription>();
+    description = MakeDescription();
     EXPECT_CALL(*presetSet, RequestPresetHandle(_, _)).Times(0);
     LogCapture capture;
     Make();

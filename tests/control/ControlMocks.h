@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "config/CommonSettings.h"
-#include "config/IControlDescription.h"
+#include "config/ControlDescription.h"
 #include "config/IVolumePolicy.h"
 #include "config/IVolumeTableHelper.h"
 #include "control/IControlHandler.h"
@@ -290,27 +290,12 @@ class MockReplyParser : public IReplyBufferParser,
                 (override));
 };
 
-/// A control description with given presets and settings.
-class FakeControlDescription : public IControlDescription {
-  public:
-    explicit FakeControlDescription(std::vector<std::shared_ptr<PresetDescription>> presets = {})
-        : m_presets(std::move(presets)), m_settings(std::make_shared<CommonSettings>()) {}
-
-    const std::string& GetName() const override { return m_name; }
-    uint32_t GetDevice() const override { return 0; }
-    const std::vector<int32_t>& GetSampleRates() const override { return m_sampleRates; }
-    const std::vector<std::shared_ptr<PresetDescription>>& GetPresets() const override {
-        return m_presets;
-    }
-    const std::string& GetControlType() const override { return m_name; }
-    std::shared_ptr<CommonSettings> GetSettings() const override { return m_settings; }
-
-  private:
-    std::string m_name = "control";
-    std::vector<int32_t> m_sampleRates;
-    std::vector<std::shared_ptr<PresetDescription>> m_presets;
-    std::shared_ptr<CommonSettings> m_settings;
-};
+/// A control description with the given presets and empty settings.
+inline std::shared_ptr<ControlDescription> MakeDescription(
+    const std::vector<std::shared_ptr<PresetDescription>>& presets = {}) {
+    return std::make_shared<ControlDescription>("control", 0, std::vector<int32_t>{}, presets,
+                                                std::make_shared<CommonSettings>(), "");
+}
 
 }  // namespace test
 }  // namespace TesselFX

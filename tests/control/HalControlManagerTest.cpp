@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "ControlMocks.h"
+#include "ErrorTexts.h"
 #include "LogCapture.h"
 #include "config/ZorbAudioSettings.h"
 #include "control/HalControlManager.h"
@@ -22,17 +23,6 @@ using Handler = NiceMock<MockControlHandler>;
 
 const char* const kNoHandler = "no valid ControlHandler";
 
-/// Error texts without their source position lines, in order.
-std::vector<std::string> ErrorTexts(const LogCapture& capture) {
-    std::vector<std::string> texts;
-    for (const auto& text : capture.Texts(4)) {
-        if (text.find(".cpp:") == std::string::npos) {
-            texts.push_back(text);
-        }
-    }
-    return texts;
-}
-
 /// A search record as the exported layer builds it.
 std::unique_ptr<ZorbAudioSettings> Search(uint32_t instance) {
     auto settings = std::make_unique<ZorbAudioSettings>();
@@ -47,7 +37,7 @@ struct Handlers {
     std::vector<std::shared_ptr<Handler>> ordered;
 
     std::shared_ptr<Handler> Add(const std::string& instance) {
-        auto description = std::make_shared<FakeControlDescription>();
+        auto description = MakeDescription();
         description->GetSettings()->AddInt("DEV", 3);
         description->GetSettings()->AddString("INSTANCE", instance);
         auto handler = std::make_shared<Handler>();

@@ -7,24 +7,25 @@ namespace test {
 namespace {
 
 std::mutex g_mutex;
+/// The innermost live capture's lines, or null.
 std::vector<AndroidLogLine>* g_lines = nullptr;
 
 }  // namespace
 
 AndroidLogCapture::AndroidLogCapture() {
     std::lock_guard<std::mutex> lock(g_mutex);
-    g_lines = new std::vector<AndroidLogLine>();
+    m_previous = g_lines;
+    g_lines = &m_lines;
 }
 
 AndroidLogCapture::~AndroidLogCapture() {
     std::lock_guard<std::mutex> lock(g_mutex);
-    delete g_lines;
-    g_lines = nullptr;
+    g_lines = m_previous;
 }
 
 std::vector<AndroidLogLine> AndroidLogCapture::Lines() const {
     std::lock_guard<std::mutex> lock(g_mutex);
-    return *g_lines;
+    return m_lines;
 }
 
 std::vector<std::string> AndroidLogCapture::Texts() const {

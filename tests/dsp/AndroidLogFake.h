@@ -14,7 +14,7 @@ struct AndroidLogLine {
 
 /// Records the lines written straight to the Android log while it lives. This test binary
 /// defines __android_log_write itself, which the library's direct log calls link against.
-/// One capture at a time.
+/// Captures nest: the innermost live one records.
 class AndroidLogCapture {
   public:
     AndroidLogCapture();
@@ -25,6 +25,10 @@ class AndroidLogCapture {
     std::vector<AndroidLogLine> Lines() const;
     /// Texts of all lines, in order.
     std::vector<std::string> Texts() const;
+
+private:
+    std::vector<AndroidLogLine> m_lines;
+    std::vector<AndroidLogLine>* m_previous = nullptr;
 };
 
 }  // namespace test

@@ -4,10 +4,13 @@
 #include <functional>
 #include <limits>
 
+#include "Bytes.h"
 #include "dsp/Hifi3ControlBufferGenerator.h"
 
 namespace TesselFX {
 namespace {
+
+using test::Bytes;
 
 using Blocks = std::map<uint32_t, std::vector<char>>;
 using Parameters = std::map<unsigned int, double>;
@@ -32,17 +35,12 @@ class FakeConverter : public ICoefsConverter {
     std::function<Blocks(const Parameters&)> answer = [](const Parameters& parameters) {
         Blocks blocks;
         for (const auto& p : parameters) {
-            blocks[p.first] = {static_cast<char>(p.first), static_cast<char>(p.second)};
+            blocks[p.first] = {static_cast<char>(p.first),
+                               static_cast<char>(std::isnan(p.second) ? 0.0 : p.second)};
         }
         return blocks;
     };
 };
-
-std::vector<char> Bytes(std::initializer_list<int> values) {
-    std::vector<char> bytes;
-    for (int value : values) bytes.push_back(static_cast<char>(value));
-    return bytes;
-}
 
 std::vector<char> Header(const std::vector<char>& frame) {
     return std::vector<char>(frame.begin(), frame.begin() + std::min<size_t>(8, frame.size()));

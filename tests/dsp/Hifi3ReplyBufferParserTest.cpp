@@ -4,12 +4,15 @@
 #include <cstring>
 #include <limits>
 
+#include "Bytes.h"
 #include "LogCapture.h"
 #include "MockZorbEffectWrapper.h"
 #include "dsp/Hifi3ReplyBufferParser.h"
 
 namespace TesselFX {
 namespace {
+
+using test::Bytes;
 
 using test::LogCapture;
 using test::MockZorbEffectWrapper;
@@ -21,12 +24,6 @@ using ::testing::Return;
 using ::testing::SetArgPointee;
 using Values = std::map<uint32_t, CMeterValue>;
 using Infos = std::map<uint32_t, CMeterInfo>;
-
-std::vector<char> Bytes(std::initializer_list<int> values) {
-    std::vector<char> bytes;
-    for (int value : values) bytes.push_back(static_cast<char>(value));
-    return bytes;
-}
 
 /// A host copy with four meters whose readout gives the values and flags set here.
 struct Fixture {

@@ -2,19 +2,16 @@
 
 #include <cstring>
 
+#include "Bytes.h"
 #include "LogCapture.h"
 #include "dsp/CMeterInfo.h"
 
 namespace TesselFX {
 namespace {
 
-using test::LogCapture;
+using test::Bytes;
 
-std::vector<char> Bytes(std::initializer_list<int> values) {
-    std::vector<char> bytes;
-    for (int value : values) bytes.push_back(static_cast<char>(value));
-    return bytes;
-}
+using test::LogCapture;
 
 TEST(CMeterValue, HoldsFourBytesReadEitherWay) {
     CMeterValue value;

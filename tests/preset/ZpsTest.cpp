@@ -336,6 +336,7 @@ TEST(ZpsReader, LoadsBothFilesFromDisk) {
     EXPECT_TRUE(capture.Has(4, "system zps is empty string"));
     ZpsReader directorySystem = factories(base, "");
     EXPECT_EQ(directorySystem.Read(), nullptr);
+    EXPECT_TRUE(capture.Has(4, "open file (" + base + ") failed! 21, Is a directory"));
     directorySystem.SetZps(base + "/system.zps", "");
     EXPECT_NE(directorySystem.Read(), nullptr);
     ZpsReader fromChars((base + "/system.zps").c_str(), nullptr, std::make_shared<PresetFactory>(),

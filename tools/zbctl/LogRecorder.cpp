@@ -1,6 +1,6 @@
 #include "LogRecorder.h"
 
-#include <regex>
+#include <algorithm>
 
 namespace TesselFX {
 namespace zbctl {
@@ -8,6 +8,17 @@ namespace zbctl {
 namespace {
 constexpr size_t kAndroidSlot = 0;
 constexpr size_t kRecorderSlot = 1;
+
+// "file:line, ": the first line of every error pair.
+bool IsPositionLine(const std::string& text) {
+    const size_t end = text.size() >= 2 ? text.size() - 2 : 0;
+    if (end == 0 || text.compare(end, 2, ", ") != 0) return false;
+    const size_t colon = text.rfind(':', end);
+    return colon != std::string::npos && colon + 1 < end &&
+           std::all_of(text.begin() + static_cast<long>(colon) + 1,
+                       text.begin() + static_cast<long>(end),
+                       [](char c) { return c >= '0' && c <= '9'; });
+}
 }  // namespace
 
 class LogRecorder::Output : public TesselLogInterface {
@@ -16,8 +27,7 @@ class LogRecorder::Output : public TesselLogInterface {
 
     void Print(const std::string&, uint32_t, uint32_t, uint32_t level, const std::string&,
                const std::string& text) override {
-        static const std::regex kPositionLine(".*:[0-9]+, ");
-        if (!std::regex_match(text, kPositionLine)) m_lines.push_back({level, text});
+        if (!IsPositionLine(text)) m_lines.push_back({level, text});
     }
 
     std::vector<Line> m_lines;

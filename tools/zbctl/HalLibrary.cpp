@@ -21,7 +21,9 @@ void Resolve(void* handle, const char* name, Function& function,
 }  // namespace
 
 HalLibrary::HalLibrary(const std::string& path) {
-    m_handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    // The library keeps process-wide state that lives until the process ends, so it is never
+    // unloaded.
+    m_handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
     if (m_handle == nullptr) {
         const char* error = dlerror();
         throw ZbctlError("cannot load " + path + ": " + (error ? error : "unknown error"));

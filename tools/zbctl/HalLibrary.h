@@ -34,7 +34,8 @@ struct HalApi {
 };
 
 /// libzbhalcontroller.so opened with dlopen and its functions resolved by name with dlsym, as
-/// an audio HAL does. The library stays loaded while the object lives.
+/// an audio HAL does. The library stays loaded until the process ends, as its process-wide
+/// handle table requires.
 class HalLibrary {
   public:
     /// Throws ZbctlError when the library does not open or lacks one of the functions.

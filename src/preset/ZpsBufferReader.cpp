@@ -1,0 +1,278 @@
+#include "preset/ZpsBufferReader.h"
+
+#include "log/TesselLog.h"
+#include "preset/BinaryPrimitives.h"
+
+namespace TesselFX {
+
+namespace {
+
+enum ZpsSectionId : uint8_t {
+    kSectionInformation = 1,
+    kSectionTags = 2,
+    kSectionRemarks = 3,
+    kSectionPresets = 4,
+    kSectionUserModes = 5,
+};
+
+enum ZpsItemType : uint8_t {
+    kItemParameter = 0,
+    kItemChunk = 3,
+};
+
+}  // namespace
+
+ZpsBufferReader::ZpsBufferReader(const std::shared_ptr<IPresetFactory>& presetFactory,
+                                 const std::shared_ptr<IPresetSetFactory>& presetSetFactory,
+                                 const std::shared_ptr<IPresetHandleFactory>& presetHandleFactory)
+    : m_presetFactory(presetFactory),
+      m_presetSetFactory(presetSetFactory),
+      m_presetHandleFactory(presetHandleFactory) {}
+
+void ZpsBufferReader::SetExcludedParameters(const std::set<unsigned int>& excludedParameters) {
+    m_excludedParameters = excludedParameters;
+}
+
+const ZpsSectionInfo& ZpsBufferReader::GetSystemSectionInfo() const { return m_systemInfo; }
+
+const PresetMap& ZpsBufferReader::GetSystemPresets() const { return m_systemPresets; }
+
+const PresetMap& ZpsBufferReader::GetUserPresets() const { return m_userPresets; }
+
+const std::map<OmSm, SubtypeMasks>& ZpsBufferReader::GetEnabledSubtypeMasks() const {
+    return m_enabledSubtypeMasks;
+}
+
+const std::map<unsigned int, std::string>& ZpsBufferReader::GetTags() const { return m_tags; }
+
+bool ZpsBufferReader::ParseBuffer(const std::vector<char>& buffer, bool isUser) {
+    TESSEL_LOG(1, TESSEL_LOG_FXModule, "%s: isUserZps = %s", "ParseBuffer",
+               isUser ? "true" : "false");
+    const char* cursor = buffer.data();
+    const char* const end = buffer.data() + buffer.size();
+    uint32_t magic = 0;
+    if (!ReadU32(cursor, end, magic) || magic != kZpsMagic) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "read bpbz tag 0x%u fail", magic);
+        return false;
+    }
+    uint32_t totalSize = 0;
+    ReadU32(cursor, end, totalSize);
+    if (buffer.size() < totalSize) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "size in zps %u does not match the real size %u",
+                         totalSize, static_cast<uint32_t>(buffer.size()));
+        return false;
+    }
+    for (;;) {
+        uint32_t sectionSize = 0;
+        uint8_t sectionId = 0;
+        if (!ReadU32(cursor, end, sectionSize) || !ReadU8(cursor, end, sectionId)) break;
+        // The section may end one byte past the cursor's end, as the size counts the id byte.
+        const size_t left = static_cast<size_t>(end - cursor);
+        if (sectionSize > left + 1) break;
+        bool parsed = true;
+        switch (sectionId) {
+            case kSectionInformation:
+                parsed = ParseSectionInformation(cursor, end, isUser);
+                break;
+            case kSectionTags:
+                parsed = ParseSectionTags(cursor, end);
+                break;
+            case kSectionRemarks:
+                parsed = ParseSectionRemarks(cursor, end, isUser);
+                break;
+            case kSectionPresets:
+                parsed = ParseSectionPresets(cursor, end);
+                break;
+            case kSectionUserModes:
+                parsed = ParseSectionUserModes(cursor, end);
+                break;
+            default:
+                // Skipped by its size from behind the id byte; a skip to one past the end
+                // leaves nothing to read.
+                cursor += sectionSize > left ? left : sectionSize;
+                break;
+        }
+        if (!parsed) return false;
+    }
+    (isUser ? m_userParsed : m_systemParsed) = true;
+    return true;
+}
+
+bool ZpsBufferReader::ParseSectionInformation(const char*& cursor, const char* end, bool isUser) {
+    ZpsSectionInfo& info = isUser ? m_userInfo : m_systemInfo;
+    uint32_t word = 0;
+    uint32_t dropped = 0;
+    if (!ReadU32(cursor, end, info.infoValue) || !ReadU8(cursor, end, info.infoBytes[0]) ||
+        !ReadU8(cursor, end, info.infoBytes[1]) || !ReadU8(cursor, end, info.infoBytes[2]) ||
+        !ReadU8(cursor, end, info.infoBytes[3]) || !ReadU32(cursor, end, word) ||
+        !ReadU32(cursor, end, dropped) || !ReadU32(cursor, end, dropped)) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "ParseSectionInformation error");
+        return false;
+    }
+    info.infoWord = static_cast<uint16_t>(word & 0xFFFF);
+    return true;
+}
+
+bool ZpsBufferReader::ParseSectionRemarks(const char*& cursor, const char* end, bool isUser) {
+    if (!ReadString(cursor, end, (isUser ? m_userInfo : m_systemInfo).remarks)) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "ParseSectionRemarks error");
+        return false;
+    }
+    return true;
+}
+
+bool ZpsBufferReader::ParseSectionTags(const char*& cursor, const char* end) {
+    uint8_t count = 0;
+    if (!ReadU8(cursor, end, count)) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "ParseSectionTags parse count error");
+        return false;
+    }
+    for (uint8_t i = 0; i < count; ++i) {
+        uint8_t id = 0;
+        std::string name;
+        if (!ReadU8(cursor, end, id) || !ReadString(cursor, end, name)) {
+            TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "ParseSectionTags parse value or name error");
+            return false;
+        }
+        TESSEL_LOG(1, TESSEL_LOG_FXModule, "SectionTags %d %s", id, name.c_str());
+        m_tags[id] = name;
+    }
+    return true;
+}
+
+bool ZpsBufferReader::ParseSectionPresets(const char*& cursor, const char* end) {
+    uint16_t count = 0;
+    if (!ReadU16(cursor, end, count)) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "ParseSectionPresets read count error");
+        return false;
+    }
+    for (uint16_t i = 0; i < count; ++i) {
+        std::shared_ptr<IPreset> preset = ParsePreset(cursor, end, false);
+        if (!preset) {
+            TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "ParseSectionPresets parse preset error");
+            return false;
+        }
+        m_systemPresets[{preset->GetOutputMode(), preset->GetSoundMode(),
+                         preset->GetSubtypeMask()}] = preset;
+    }
+    return true;
+}
+
+bool ZpsBufferReader::ParseSectionUserModes(const char*& cursor, const char* end) {
+    uint16_t reserved = 0;
+    uint16_t tagCount = 0;
+    if (!ReadU16(cursor, end, reserved) || !ReadU16(cursor, end, tagCount)) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "ParseSectionUserModes error");
+        return false;
+    }
+    TESSEL_LOG(1, TESSEL_LOG_FXModule, "User tags (%d)", tagCount);
+    for (uint16_t i = 0; i < tagCount; ++i) {
+        uint16_t om = 0;
+        uint16_t sm = 0;
+        uint32_t tag = 0;
+        if (!ReadU16(cursor, end, om) || !ReadU16(cursor, end, sm) || !ReadU32(cursor, end, tag)) {
+            TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "ParseSectionUserModes error");
+            return false;
+        }
+        TESSEL_LOG(1, TESSEL_LOG_FXModule,
+                   "ZpsReader::ParseSectionUserModes Loaded user om [%d] sm [%d] tag [0x%08x]", om,
+                   sm, tag);
+        m_enabledSubtypeMasks[OmSm{om, sm}] = tag;
+    }
+    uint16_t presetCount = 0;
+    if (!ReadU16(cursor, end, presetCount)) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "ParseSectionUserModes error");
+        return false;
+    }
+    TESSEL_LOG(1, TESSEL_LOG_FXModule, "User presets (%d)", presetCount);
+    for (uint16_t i = 0; i < presetCount; ++i) {
+        std::shared_ptr<IPreset> preset = ParsePreset(cursor, end, true);
+        if (!preset) {
+            TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "ParseSectionPresets error");
+            return false;
+        }
+        m_userPresets[{preset->GetOutputMode(), preset->GetSoundMode(), preset->GetSubtypeMask()}] =
+            preset;
+    }
+    return true;
+}
+
+std::shared_ptr<IPreset> ZpsBufferReader::ParsePreset(const char*& cursor, const char* end,
+                                                      bool isUser) {
+    uint16_t size = 0;
+    uint8_t outputMode = 0;
+    uint8_t soundMode = 0;
+    uint32_t subTypeMask = 0;
+    uint16_t parametersCount = 0;
+    uint8_t priority = 0;
+    uint8_t reserved = 0;
+    uint16_t flags = 0;
+    std::string name;
+    std::string remarks;
+    if (!ReadU16(cursor, end, size) || !ReadU8(cursor, end, outputMode) ||
+        !ReadU8(cursor, end, soundMode) || !ReadU32(cursor, end, subTypeMask) ||
+        !ReadU16(cursor, end, parametersCount) || !ReadU8(cursor, end, priority) ||
+        !ReadU8(cursor, end, reserved) || !ReadU16(cursor, end, flags) ||
+        !ReadString(cursor, end, name) || !ReadString(cursor, end, remarks)) {
+        return nullptr;
+    }
+    std::shared_ptr<IPreset> preset = m_presetFactory->Create(
+        outputMode, soundMode, subTypeMask, name, remarks, flags, priority, isUser);
+    TESSEL_LOG(1, TESSEL_LOG_FXModule,
+               "ZpsBufferReader::ParsePreset : size %d outputMode %d soundMode %d subTypeMask %u "
+               "parametersCount %d",
+               size, outputMode, soundMode, subTypeMask, parametersCount);
+    std::map<unsigned int, double> parameters;
+    for (uint16_t i = 0; i < parametersCount; ++i) {
+        uint16_t id = 0;
+        uint8_t type = 0;
+        uint16_t valueSize = 0;
+        bool ok = ReadU16(cursor, end, id) && ReadU8(cursor, end, type) &&
+                  ReadU16(cursor, end, valueSize);
+        if (ok && type == kItemParameter) {
+            // A parameter value is always 8 bytes, whatever the size field says.
+            double value = 0.0;
+            ok = ReadF64(cursor, end, value);
+            if (ok && m_excludedParameters.count(id) == 0) parameters[id] = value;
+        } else if (ok && type == kItemChunk) {
+            std::vector<char> bytes;
+            ok = ReadBytes(cursor, end, valueSize, bytes);
+            if (ok) preset->SetChunk(id, bytes);
+        } else if (ok) {
+            ok = Skip(cursor, end, valueSize);
+        }
+        if (!ok) {
+            TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "ParsePreset error");
+            return nullptr;
+        }
+    }
+    preset->SetParameterArray(parameters);
+    return preset;
+}
+
+std::shared_ptr<IPresetSet> ZpsBufferReader::CreatePresetSet() {
+    std::shared_ptr<IPresetSet> presetSet =
+        m_presetSetFactory->Create(m_systemPresets, m_userPresets, m_presetHandleFactory);
+    if (presetSet) SetupPresetSet(presetSet);
+    return presetSet;
+}
+
+std::shared_ptr<IPresetSet> ZpsBufferReader::Read() {
+    if (!m_systemParsed) return nullptr;
+    return CreatePresetSet();
+}
+
+bool ZpsBufferReader::Read(const std::shared_ptr<IPresetSet>& presetSet) {
+    if (!presetSet) return false;
+    presetSet->SetPresets(m_systemPresets, m_systemParsed, m_userPresets, m_userParsed);
+    SetupPresetSet(presetSet);
+    return true;
+}
+
+void ZpsBufferReader::SetupPresetSet(const std::shared_ptr<IPresetSet>& presetSet) {
+    presetSet->SetEnabledSubtypeMasks(m_enabledSubtypeMasks);
+    presetSet->SetTags(m_tags);
+    presetSet->Validate();
+}
+
+}  // namespace TesselFX

@@ -1,0 +1,265 @@
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "LogCapture.h"
+#include "preset/CLinkLawEntrySerializer.h"
+#include "preset/LinkLaws.h"
+#include "preset/SystemVolumeToMasterValueConverter.h"
+
+namespace TesselFX {
+namespace {
+
+using test::LogCapture;
+
+// Entry 1: version 1, master 2800, source 0, target 100, "Linear", points (0,-10) (1000,0),
+// trailing floats 1.5 and 0. 58 bytes.
+const std::vector<unsigned char> kEntryV1 = {
+    0x3A, 0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0xF0, 0x0A, 0x00, 0x00, 0x00, 0x00, 0x00,
+    0x00, 0x64, 0x00, 0x00, 0x00, 0x06, 0x00, 0x00, 0x00, 'L',  'i',  'n',  'e',  'a',  'r',
+    0x02, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x7A, 0x44, 0x00, 0x00, 0x20,
+    0xC1, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xC0, 0x3F, 0x00, 0x00, 0x00, 0x00};
+// Entry 2: version 0 (no trailing floats), master 2801, source 1, target 101, no method name
+// (stays "Linear"), one point (5, 2). 36 bytes.
+const std::vector<unsigned char> kEntryV0 = {0x24, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xF1,
+                                             0x0A, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x65, 0x00,
+                                             0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x01, 0x00, 0x00,
+                                             0x00, 0x00, 0x00, 0xA0, 0x40, 0x00, 0x00, 0x00, 0x40};
+// Entry 3: version 2, master 2802, source 2, target 102, "Log", no points, trailing 1 and 2.
+const std::vector<unsigned char> kEntryV2 = {
+    0x27, 0x00, 0x00, 0x00, 0x02, 0x00, 0x00, 0x00, 0xF2, 0x0A, 0x00, 0x00, 0x02,
+    0x00, 0x00, 0x00, 0x66, 0x00, 0x00, 0x00, 0x03, 0x00, 0x00, 0x00, 'L',  'o',
+    'g',  0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x80, 0x3F, 0x00, 0x00, 0x00, 0x40};
+
+std::vector<char> Bytes(std::initializer_list<std::vector<unsigned char>> parts) {
+    std::vector<char> out;
+    for (const auto& part : parts) out.insert(out.end(), part.begin(), part.end());
+    return out;
+}
+
+LinkLawEntry Law(uint32_t source, uint32_t master, uint32_t target, std::vector<float> masters,
+                 std::vector<float> targets) {
+    LinkLawEntry entry;
+    entry.SourceControlId = source;
+    entry.MasterControlId = master;
+    entry.TargetParamId = target;
+    entry.masterValues = std::move(masters);
+    entry.targetValues = std::move(targets);
+    return entry;
+}
+
+TEST(LinkLawSerializer, WritesGoldenStreamAndReadsAllVersions) {
+    LogCapture capture;
+    LinkLawEntry first = Law(0, 2800, 100, {0.0f, 1000.0f}, {-10.0f, 0.0f});
+    first.extraValue0 = 1.5f;
+    first.size = 7;  // whatever the entry says, the written size is the real one
+    CLinkLawEntrySerializer serializer;
+    ASSERT_TRUE(serializer.Serialize({first}));
+    EXPECT_EQ(
+        std::vector<char>(serializer.GetBuffer(), serializer.GetBuffer() + serializer.GetSize()),
+        Bytes({kEntryV1}));
+    EXPECT_TRUE(capture.Has(3, "CLinkLawEntrySerializer::Serialize."));
+    EXPECT_TRUE(capture.Has(3, "CLinkLawEntrySerializer::Clear."));
+    EXPECT_EQ(capture.Lines().front().tag, "CLinkLawEntrySerializer");
+
+    const std::vector<char> stream = Bytes({kEntryV1, kEntryV0, kEntryV2});
+    std::vector<LinkLawEntry> entries;
+    ASSERT_TRUE(serializer.Deserialize(stream.data(), stream.size(), entries));
+    EXPECT_TRUE(capture.Has(3, "CLinkLawEntrySerializer::Deserialize."));
+    ASSERT_EQ(entries.size(), 3u);
+    first.size = 58;
+    EXPECT_EQ(entries[0], first);
+    EXPECT_EQ(entries[1].size, 36u);
+    EXPECT_EQ(entries[1].version, 0u);
+    EXPECT_EQ(entries[1].MasterControlId, 2801u);
+    EXPECT_EQ(entries[1].SourceControlId, 1u);
+    EXPECT_EQ(entries[1].TargetParamId, 101u);
+    EXPECT_EQ(entries[1].ConversionMethod, "Linear");
+    EXPECT_EQ(entries[1].masterValues, std::vector<float>{5.0f});
+    EXPECT_EQ(entries[1].targetValues, std::vector<float>{2.0f});
+    EXPECT_EQ(entries[1].extraValue0, 0.0f);
+    EXPECT_EQ(entries[2].version, 1u);
+    EXPECT_EQ(entries[2].size, 39u);
+    EXPECT_EQ(entries[2].ConversionMethod, "Log");
+    EXPECT_TRUE(entries[2].masterValues.empty());
+    EXPECT_EQ(entries[2].extraValue0, 1.0f);
+    EXPECT_EQ(entries[2].extraValue1, 2.0f);
+    EXPECT_EQ(serializer.GetSize(), stream.size());
+
+    // Every entry is written with its method name and trailing floats.
+    ASSERT_TRUE(serializer.Serialize({entries[1]}));
+    EXPECT_EQ(serializer.GetSize(), 50u);
+    EXPECT_FALSE(serializer.Serialize({}));
+    EXPECT_EQ(serializer.GetBuffer(), nullptr);
+    EXPECT_FALSE(serializer.Deserialize(stream.data(), 0, entries));
+}
+
+TEST(LinkLawSerializer, WalksByDeclaredSizeAndSurvivesEveryCutAndFlip) {
+    LogCapture capture(4);
+    CLinkLawEntrySerializer serializer;
+    // A declared size larger than the entry skips the bytes behind it.
+    std::vector<char> padded = Bytes({kEntryV0, {0xEE, 0xEE, 0xEE, 0xEE}, kEntryV1});
+    padded[0] = 0x28;
+    std::vector<LinkLawEntry> entries;
+    ASSERT_TRUE(serializer.Deserialize(padded.data(), padded.size(), entries));
+    ASSERT_EQ(entries.size(), 2u);
+    EXPECT_EQ(entries[1].TargetParamId, 100u);
+
+    // A declared size of 0 stops the walk instead of looping.
+    std::vector<char> zero = Bytes({kEntryV0});
+    zero[0] = 0;
+    entries.clear();
+    EXPECT_FALSE(serializer.Deserialize(zero.data(), zero.size(), entries));
+    EXPECT_EQ(entries.size(), 1u);
+
+    const std::vector<char> stream = Bytes({kEntryV1, kEntryV0, kEntryV2});
+    for (size_t cut = 1; cut <= stream.size(); ++cut) {
+        entries.clear();
+        const bool ok = serializer.Deserialize(stream.data(), cut, entries);
+        const size_t complete = cut >= 133 ? 3 : cut >= 94 ? 2 : cut >= 58 ? 1 : 0;
+        EXPECT_EQ(entries.size(), complete) << cut;
+        EXPECT_EQ(ok, cut == 58 || cut == 94 || cut == 133) << cut;
+    }
+    for (size_t i = 0; i < stream.size(); ++i) {
+        for (unsigned char flip : {0x01, 0x80, 0xFF}) {
+            std::vector<char> bad = stream;
+            bad[i] = static_cast<char>(bad[i] ^ flip);
+            entries.clear();
+            serializer.Deserialize(bad.data(), bad.size(), entries);
+        }
+    }
+}
+
+TEST(LinkLaws, ConvertInterpolatesInFloatAndClamps) {
+    LogCapture capture;
+    std::map<unsigned int, double> sources{{0, 0.5}};
+    float out = -1.0f;
+    EXPECT_TRUE(LinkLaws::Convert(Law(0, 2800, 7, {0, 10}, {2, 4}), sources, out));
+    EXPECT_EQ(out, 3.0f);
+    // 0.1 * 10 is 1; 1 * 7 / 3 in float, the product before the quotient.
+    sources[0] = 0.1;
+    EXPECT_TRUE(LinkLaws::Convert(Law(0, 2800, 7, {0, 3}, {0, 7}), sources, out));
+    EXPECT_EQ(static_cast<double>(out), 2.3333332538604736);
+    // Clamps: above the last point, below the first, exactly on a point.
+    const LinkLawEntry law = Law(0, 2800, 7, {0, 500, 1000}, {-10, -4, 0});
+    sources[0] = 150.0;
+    EXPECT_TRUE(LinkLaws::Convert(law, sources, out));
+    EXPECT_EQ(out, 0.0f);
+    sources[0] = -3.0;
+    EXPECT_TRUE(LinkLaws::Convert(law, sources, out));
+    EXPECT_EQ(out, -10.0f);
+    sources[0] = 50.0;
+    EXPECT_TRUE(LinkLaws::Convert(law, sources, out));
+    EXPECT_EQ(out, -4.0f);
+    sources[0] = 75.0;
+    EXPECT_TRUE(LinkLaws::Convert(law, sources, out));
+    EXPECT_EQ(out, -2.0f);
+    // One point: its target, whatever the source.
+    EXPECT_TRUE(LinkLaws::Convert(Law(0, 2800, 7, {3}, {9}), sources, out));
+    EXPECT_EQ(out, 9.0f);
+    // Decreasing points clamp to the first value.
+    sources[0] = 0.5;
+    EXPECT_TRUE(LinkLaws::Convert(Law(0, 2800, 7, {10, 0}, {1, 2}), sources, out));
+    EXPECT_EQ(out, 1.0f);
+    // No law without a valid table; no source, no value.
+    out = -1.0f;
+    EXPECT_FALSE(LinkLaws::Convert(Law(0, 2800, 7, {}, {}), sources, out));
+    EXPECT_FALSE(LinkLaws::Convert(Law(0, 2800, 7, {1, 2}, {1}), sources, out));
+    EXPECT_FALSE(LinkLaws::Convert(Law(3, 2803, 7, {1, 2}, {1, 2}), sources, out));
+    EXPECT_TRUE(capture.Has(0, "could not find source param 3"));
+    LinkLawEntry log = Law(0, 2800, 7, {1, 2}, {1, 2});
+    log.ConversionMethod = "Log";
+    EXPECT_FALSE(LinkLaws::Convert(log, sources, out));
+    EXPECT_TRUE(capture.Has(4, "conversion method Log does not support"));
+    EXPECT_EQ(out, -1.0f);
+}
+
+class CountingListener : public ILinkLawsListener {
+  public:
+    void OnChanged() override { ++count; }
+    int count = 0;
+};
+
+TEST(LinkLaws, EntriesSourcesAndCaches) {
+    LogCapture capture;
+    LinkLaws laws;
+    CountingListener listener;
+    laws.SetListener(&listener);
+    LinkLawEntry marker;
+    marker.SourceControlId = kLinkLawClearMarkerSource;
+    LinkLawEntry log = Law(1, 2801, 12, {0, 10}, {0, 1});
+    log.ConversionMethod = "Log";
+    EXPECT_TRUE(laws.SetEntries({Law(0, 2800, 10, {0, 1000}, {0, 100}), marker,
+                                 Law(0, 2800, 11, {0, 1000}, {0, 10}), log,
+                                 Law(0, 2800, 11, {0, 1000}, {0, 20})}));
+    EXPECT_EQ(listener.count, 1);
+    const std::vector<LinkLawEntry> entries = laws.GetEntries();
+    ASSERT_EQ(entries.size(), 2u);
+    EXPECT_EQ(entries[0].TargetParamId, 11u);
+    EXPECT_EQ(entries[0].targetValues[1], 20.0f);
+    EXPECT_EQ(laws.GetSourceToMaster(),
+              (std::map<unsigned int, unsigned int>{{0, 2800}, {1, 2801}}));
+
+    EXPECT_TRUE(laws.GetTargetValues().empty());
+    EXPECT_TRUE(laws.SetSourceValue(0, 50.0));
+    EXPECT_TRUE(laws.SetSourceValue(1, 2.0));
+    EXPECT_FALSE(laws.SetSourceValue(5, 1.0));
+    EXPECT_EQ(listener.count, 3);
+    EXPECT_EQ(laws.GetMasterValues(), (std::map<unsigned int, double>{{2800, 50.0}, {2801, 2.0}}));
+    EXPECT_EQ(laws.GetTargetValues(), (std::map<unsigned int, double>{{11, 10.0}}));
+    EXPECT_TRUE(capture.Has(4, "conversion method Log does not support"));
+
+    // ClearEntries keeps the sources; a new law sees them at once.
+    laws.ClearEntries();
+    EXPECT_TRUE(laws.GetTargetValues().empty());
+    laws.SetEntry(Law(0, 2800, 13, {0, 1000}, {0, 4}));
+    EXPECT_EQ(laws.GetTargetValues(), (std::map<unsigned int, double>{{13, 2.0}}));
+    EXPECT_EQ(laws.GetSourceToMaster(), (std::map<unsigned int, unsigned int>{{0, 2800}}));
+
+    EXPECT_FALSE(laws.ClearSource(7));
+    EXPECT_TRUE(capture.Has(4, "7 not a source"));
+    EXPECT_TRUE(laws.ClearSource(0));
+    EXPECT_TRUE(laws.GetTargetValues().empty());
+    EXPECT_EQ(laws.GetSources(), (std::map<unsigned int, double>{{1, 2.0}}));
+    EXPECT_FALSE(laws.SetSourceValues({{9, 1.0}}));
+    EXPECT_TRUE(laws.SetSourceValues({{9, 1.0}, {0, 100.0}}));
+    EXPECT_EQ(laws.GetTargetValues(), (std::map<unsigned int, double>{{13, 4.0}}));
+    EXPECT_FALSE(laws.ClearSources({8, 9}));
+    EXPECT_TRUE(laws.ClearSources({8, 0}));
+    EXPECT_EQ(laws.GetMasterValues(), (std::map<unsigned int, double>{{2801, 2.0}}));
+    laws.ClearAllSources();
+    EXPECT_TRUE(laws.GetSources().empty());
+    laws.ClearAll();
+    EXPECT_TRUE(laws.GetEntries().empty());
+    EXPECT_FALSE(laws.IsActiveByDefault({{2821, 1.0}}));
+    EXPECT_FALSE(laws.IsSimulationByDefault({{2820, 1.0}}));
+}
+
+TEST(SystemVolumeToMasterValueConverter, SnapsToTenthsInFloat) {
+    SystemVolumeToMasterValueConverter converter;
+    float master = -1.0f;
+    EXPECT_TRUE(converter.Convert(-96.0f, master));
+    EXPECT_EQ(master, 0.0f);
+    EXPECT_TRUE(converter.Convert(0.0f, master));
+    EXPECT_EQ(master, 100.0f);
+    EXPECT_TRUE(converter.Convert(-48.0f, master));
+    EXPECT_EQ(master, 50.0f);
+    // 68.75 -> (68.75 + 0.05) / 0.1 is exactly 688 in float.
+    EXPECT_TRUE(converter.Convert(-30.0f, master));
+    EXPECT_EQ(static_cast<double>(master), 68.80000305175781);
+    EXPECT_TRUE(converter.Convert(-10.0f, master));
+    EXPECT_EQ(static_cast<double>(master), 89.5999984741211);
+    EXPECT_TRUE(converter.Convert(-95.95f, master));
+    EXPECT_EQ(static_cast<double>(master), 0.10000000149011612);
+    master = -1.0f;
+    EXPECT_FALSE(converter.Convert(0.1f, master));
+    EXPECT_FALSE(converter.Convert(-96.1f, master));
+    EXPECT_FALSE(converter.Convert(std::numeric_limits<float>::quiet_NaN(), master));
+    EXPECT_EQ(master, -1.0f);
+    EXPECT_EQ(SnapToStep(0.24f, 0.5f), 0.0f);
+    EXPECT_EQ(SnapToStep(0.25f, 0.5f), 0.5f);
+    EXPECT_EQ(SnapToStep(1e30f, 0.1f), 1e30f);
+}
+
+}  // namespace
+}  // namespace TesselFX

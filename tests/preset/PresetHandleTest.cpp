@@ -1,0 +1,268 @@
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+#include "LogCapture.h"
+#include "PresetTestData.h"
+#include "preset/PresetFactory.h"
+#include "preset/PresetHandle.h"
+#include "preset/PresetHandleFactory.h"
+#include "preset/PresetSet.h"
+#include "preset/SuperPreset.h"
+
+namespace TesselFX {
+namespace {
+
+using test::LogCapture;
+
+class RecordingListener : public IPresetHandleListener {
+  public:
+    void OnPresetHandleChanged(unsigned int om, unsigned int sm) override {
+        calls.push_back(OmSm{om, sm});
+    }
+    std::vector<OmSm> calls;
+};
+
+void Add(PresetMap& map, uint32_t om, uint32_t sm, uint32_t mask, uint8_t priority,
+         std::map<unsigned int, double> parameters, std::vector<char> laws = {}) {
+    auto preset = PresetFactory().Create(om, sm, mask, "", "", 0, priority, false);
+    preset->SetParameterArray(parameters);
+    if (!laws.empty()) preset->SetChunk(1, laws);
+    map[{om, sm, mask}] = preset;
+}
+
+// Pair (1,1): base {10:1, 11:1, 2821:1} with the law on target 100 (source 0); sub 1
+// (priority 2) {10:2, 12:2}; sub 2 (priority 1) {10:3, 12:3, 13:3}. Pair (1,2): base
+// {10:5} with the law on target 200 (source 1). Pair (2,2): a sub preset without a base.
+struct Fixture {
+    Fixture() {
+        PresetMap system;
+        Add(system, 1, 1, 0, 0, {{10, 1}, {11, 1}, {2821, 1}}, test::LawOnTarget100());
+        Add(system, 1, 1, 1, 2, {{10, 2}, {12, 2}});
+        Add(system, 1, 1, 2, 1, {{10, 3}, {12, 3}, {13, 3}});
+        Add(system, 1, 2, 0, 0, {{10, 5}}, test::LawOnTarget200());
+        Add(system, 2, 2, 1, 0, {{10, 5}});
+        set = std::make_shared<PresetSet>(system, PresetMap{},
+                                          std::make_shared<PresetHandleFactory>(),
+                                          std::make_shared<PresetFactory>());
+    }
+    std::shared_ptr<PresetSet> set;
+};
+
+double Value(const std::shared_ptr<IPresetHandle>& handle, unsigned int id) {
+    double value = -1.0;
+    handle->GetParameter(id, value);
+    return value;
+}
+
+TEST(PresetHandle, MergesByPresetOrderWithUserTwins) {
+    LogCapture capture;
+    Fixture f;
+    auto handle = f.set->RequestPresetHandle(1, 1);
+    EXPECT_TRUE(capture.Has(1, "PresetHandle: om = 1, sm = 1"));
+    EXPECT_EQ(handle->GetAllParameters(),
+              (std::map<unsigned int, double>{{10, 1}, {11, 1}, {2821, 1}}));
+    // A user value of the base loses against a later sub preset's system value.
+    ASSERT_TRUE(f.set->SetParameter(12, 9.0, 1, 1, 0, false));
+    ASSERT_TRUE(f.set->SetParameter(11, 8.0, 1, 1, 0, false));
+    ASSERT_TRUE(f.set->SetParameter(13, 7.0, 1, 1, 2, false));
+    EXPECT_TRUE(handle->SetSubtypeMasks(3));
+    // Order: base, sub 2 (priority 1), sub 1 (priority 2); user twin right after its system.
+    EXPECT_EQ(Value(handle, 10), 2.0);
+    EXPECT_EQ(Value(handle, 11), 8.0);
+    EXPECT_EQ(Value(handle, 12), 2.0);
+    EXPECT_EQ(Value(handle, 13), 7.0);
+    const auto both = handle->GetAllParameters();
+    // Enabling bit 1 then bit 0 or the reverse gives the same view.
+    auto other = f.set->RequestPresetHandle(1, 1);
+    other->SetSubtypeMasksEx(0, 2);
+    other->SetSubtypeMasksEx(0, 1);
+    EXPECT_EQ(other->GetAllParameters(), both);
+    // Unsupported bits are dropped; disabling one leaves the other.
+    EXPECT_TRUE(handle->SetSubtypeMasksEx(1, 0x10));
+    EXPECT_TRUE(capture.Has(
+        1, "SetSubtypeMasks om [1] sm [1] tag disable [0x00000001] tag enable [0x00000010]"));
+    EXPECT_EQ(handle->GetSubtypeMasks(), 2u);
+    EXPECT_EQ(Value(handle, 10), 3.0);
+    EXPECT_EQ(handle->GetParameterCount(), 5u);
+    EXPECT_TRUE(handle->HasParameter(13));
+    EXPECT_FALSE(handle->HasParameter(99));
+}
+
+TEST(PresetHandle, ReadsArraysWithTheirLogs) {
+    LogCapture capture;
+    Fixture f;
+    auto handle = f.set->RequestPresetHandle(1, 2);
+    std::vector<double> values{4.0, 4.0};
+    EXPECT_FALSE(handle->GetParameterArray({10, 99, 98}, values, true));
+    EXPECT_EQ(values, (std::vector<double>{5.0, 4.0, 0.0}));
+    EXPECT_TRUE(capture.Has(1, "GetParameterArray om 1 sm 2 subTypeMask 0x0"));
+    EXPECT_TRUE(capture.Has(3, "GetParameterArray: Could not find parameter 99"));
+    EXPECT_TRUE(capture.Has(1, "GetParameterArray ret False"));
+    EXPECT_TRUE(handle->GetParameterArray({10, 99}, values, false));
+    EXPECT_TRUE(capture.Has(1, "GetParameterArray ret True"));
+    EXPECT_FALSE(handle->GetParameterArray({}, values, false));
+    EXPECT_TRUE(handle->GetParameterArray({}, values, true));
+    EXPECT_TRUE(values.empty());
+    std::vector<unsigned int> ids;
+    EXPECT_TRUE(handle->GetAllParameters(ids, values));
+    EXPECT_EQ(ids, std::vector<unsigned int>{10});
+    EXPECT_EQ(values, std::vector<double>{5.0});
+    EXPECT_TRUE(capture.Has(1, "GetAllParameters om 1 sm 2 subTypeMask 0x0"));
+    capture.Clear();
+    handle->Dump();
+    EXPECT_EQ(capture.Texts(2),
+              std::vector<std::string>{"OutputMode 1 SoundMode 2 SupportedSubTypes 0x0 Curr\x1B"
+                                       "ntSubTypes 0x0"});
+}
+
+TEST(PresetHandle, AppliesLinkLawsBySwitches) {
+    LogCapture capture;
+    Fixture f;
+    auto handle = f.set->RequestPresetHandle(1, 1);
+    RecordingListener listener;
+    handle->SetListener(&listener);
+    // Active (2821 set), no source yet: no target value.
+    EXPECT_EQ(Value(handle, 100), -1.0);
+    EXPECT_TRUE(capture.Has(1, "LinkLaws is active"));
+    EXPECT_TRUE(handle->SetLinkLawValue(0, 50.0));
+    EXPECT_TRUE(capture.Has(1, "PresetHandle::SetLinkLawValue 0 50.000000"));
+    EXPECT_EQ(listener.calls.size(), 1u);
+    EXPECT_EQ(Value(handle, 100), 5.0);
+    EXPECT_EQ(Value(handle, 2800), 50.0);
+    EXPECT_EQ(handle->GetLinkLawSources(), (std::map<unsigned int, double>{{0, 50.0}}));
+    EXPECT_EQ(handle->GetLinkLawSourceToMasterMap(),
+              (std::map<unsigned int, unsigned int>{{0, 2800}}));
+    EXPECT_FALSE(handle->IsLinkLawSimulation());
+    // The view without link laws.
+    EXPECT_EQ(handle->GetPresetParameters().count(100), 0u);
+
+    // Simulation: laws are evaluated by readers only.
+    ASSERT_TRUE(f.set->SetParameter(100, 0.5, 1, 1, 0, false));
+    ASSERT_TRUE(f.set->SetParameter(2820, 1.0, 1, 1, 0, false));
+    EXPECT_EQ(Value(handle, 100), 0.5);
+    EXPECT_EQ(handle->GetPresetParameters().at(100), 0.5);
+    EXPECT_TRUE(handle->IsLinkLawSimulation());
+    EXPECT_TRUE(capture.Has(1, "LinkLaws is simulation"));
+
+    // Inactive: no notification for a source change, but the value is kept.
+    ASSERT_TRUE(f.set->SetParameter(2821, 0.0, 1, 1, 0, false));
+    EXPECT_EQ(Value(handle, 100), 0.5);
+    EXPECT_TRUE(capture.Has(1, "LinkLaws is inactive"));
+    const size_t calls = listener.calls.size();
+    EXPECT_TRUE(handle->SetLinkLawValue(0, 100.0));
+    EXPECT_EQ(listener.calls.size(), calls);
+    EXPECT_TRUE(handle->ClearLinkLawSource(0));
+    EXPECT_TRUE(capture.Has(1, "PresetHandle::ClearLinkLawSource 0"));
+    EXPECT_EQ(listener.calls.size(), calls + 1);
+    EXPECT_TRUE(handle->GetLinkLawSources().empty());
+
+    // Absent 2821: inactive whatever the sources hold.
+    auto plain = f.set->RequestPresetHandle(1, 2);
+    plain->SetLinkLawValue(1, 3.0);
+    EXPECT_EQ(Value(plain, 200), -1.0);
+    EXPECT_EQ(Value(plain, 2801), -1.0);
+}
+
+TEST(PresetHandle, UserLawsReplaceSystemLawsAndServeChunkOne) {
+    LogCapture capture;
+    Fixture f;
+    auto handle = f.set->RequestPresetHandle(1, 1);
+    std::vector<char> chunk{1, 2, 3};
+    EXPECT_TRUE(handle->GetChunk(1, chunk));
+    EXPECT_EQ(chunk, test::LawOnTarget100());
+    EXPECT_FALSE(handle->GetChunk(2, chunk));
+    EXPECT_TRUE(capture.Has(4, "support index as ZBAC_LINKLAWS only"));
+
+    // The user twin's marker wipes the system law of the base.
+    ASSERT_TRUE(f.set->SetChunk(1, test::LawOnTarget200(), 1, 1, 0));
+    const std::vector<LinkLawEntry> entries = handle->GetLinkLawEntries();
+    ASSERT_EQ(entries.size(), 1u);
+    EXPECT_EQ(entries[0].TargetParamId, 200u);
+    EXPECT_TRUE(handle->GetChunk(1, chunk));
+    EXPECT_EQ(chunk, test::LawOnTarget200());
+    handle->SetLinkLawValue(1, 1.0);
+    EXPECT_EQ(Value(handle, 200), 7.0);
+    EXPECT_EQ(Value(handle, 100), -1.0);
+}
+
+TEST(PresetHandle, SuperPresetLiesOverEveryPair) {
+    LogCapture capture;
+    Fixture f;
+    auto super = std::make_shared<SuperPreset>();
+    auto handle = f.set->RequestPresetHandle(1, 1);
+    RecordingListener listener;
+    handle->SetListener(&listener);
+    handle->SetSuperPreset(super);  // empty: no notification
+    EXPECT_TRUE(listener.calls.empty());
+    EXPECT_EQ(Value(handle, 10), 1.0);
+
+    // A super preset change merges only the super preset stage: a user preset changed
+    // behind the set's back is not seen.
+    f.set->GetUserPreset(1, 1, 0)->SetParameter(10, 42.0);
+    super->SetParameter(11, 9.0);
+    ASSERT_EQ(listener.calls.size(), 1u);
+    EXPECT_EQ(listener.calls[0], (OmSm{1, 1}));
+    EXPECT_EQ(Value(handle, 11), 9.0);
+    EXPECT_EQ(Value(handle, 10), 1.0);
+
+    // Its laws replace all below; the mode change keeps them.
+    super->SetChunk(1, test::LawOnTarget200());
+    EXPECT_EQ(listener.calls.size(), 2u);
+    std::vector<char> chunk;
+    ASSERT_TRUE(handle->GetChunk(1, chunk));
+    EXPECT_EQ(chunk, test::LawOnTarget200());
+    ASSERT_EQ(handle->GetLinkLawEntries().size(), 1u);
+    handle->SetLinkLawValue(1, 1.0);
+    EXPECT_EQ(Value(handle, 200), 7.0);
+
+    handle.reset();  // drops its listener from the super preset
+    super->SetParameter(12, 1.0);
+    EXPECT_EQ(listener.calls.size(), 3u);
+    auto next = f.set->RequestPresetHandle(1, 2);
+    RecordingListener nextListener;
+    next->SetListener(&nextListener);
+    next->SetSuperPreset(super);
+    EXPECT_EQ(nextListener.calls.size(), 1u);
+    EXPECT_EQ(Value(next, 11), 9.0);
+    EXPECT_EQ(Value(next, 10), 5.0);
+    EXPECT_EQ(next->GetLinkLawEntries().size(), 1u);
+    next->SetSuperPreset(super);
+    EXPECT_EQ(nextListener.calls.size(), 1u);
+    next->SetSuperPreset(std::make_shared<SuperPreset>());
+    super->SetParameter(12, 2.0);
+    EXPECT_EQ(nextListener.calls.size(), 1u);
+}
+
+TEST(PresetHandle, NotificationsFollowTheEnabledMask) {
+    LogCapture capture;
+    Fixture f;
+    auto handle = f.set->RequestPresetHandle(1, 1);
+    RecordingListener listener;
+    handle->SetListener(&listener);
+    handle->SetSubtypeMasks(1);
+    EXPECT_EQ(listener.calls.size(), 1u);
+    handle->SetSubtypeMasks(1);  // no change, no call
+    EXPECT_EQ(listener.calls.size(), 1u);
+    handle->NotifyChanged(2);
+    EXPECT_EQ(listener.calls.size(), 1u);
+    handle->NotifyChanged(3);
+    handle->NotifyChanged(0);
+    EXPECT_EQ(listener.calls.size(), 3u);
+    EXPECT_TRUE(capture.Has(1, "NotifyChanged m_om 1 m_sm 1 m_subTypeMask 0x1 subTypeMasks 0x2"));
+}
+
+TEST(PresetHandle, MissingBasePresetThrowsOnRead) {
+    LogCapture capture;
+    Fixture f;
+    auto handle = f.set->RequestPresetHandle(2, 2);
+    try {
+        handle->GetAllParameters();
+        FAIL() << "no exception";
+    } catch (const std::out_of_range& error) {
+        EXPECT_STREQ(error.what(), "map::at:  key not found");
+    }
+}
+
+}  // namespace
+}  // namespace TesselFX

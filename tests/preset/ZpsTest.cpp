@@ -1,0 +1,354 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
+
+#include "LogCapture.h"
+#include "PresetTestData.h"
+#include "preset/PresetFactory.h"
+#include "preset/PresetHandleFactory.h"
+#include "preset/PresetSetFactory.h"
+#include "preset/PresetUtils.h"
+#include "preset/ZpsReader.h"
+
+namespace TesselFX {
+namespace {
+
+using test::B;
+using test::Concat;
+using test::LogCapture;
+
+// A system file, 212 bytes: sections Information, Tags, Remarks, an unknown id 9, Presets.
+std::vector<char> SystemFile() {
+    std::vector<char> file = {
+        'B', 'P', 'B', 'Z', B(0xD4), 0, 0, 0,  // magic, total size 212
+        // Information: value 0x11223344, bytes 1 2 3 4, word 0x00056677, two dropped words.
+        0x15, 0, 0, 0, 1, 0x44, 0x33, 0x22, 0x11, 1, 2, 3, 4, 0x77, 0x66, 5, 0, 0, 0, 0, 0, 0, 0, 0,
+        0,
+        // Tags: (1, "Vol"), (2, "Rot").
+        0x0C, 0, 0, 0, 2, 2, 1, 3, 'V', 'o', 'l', 2, 3, 'R', 'o', 't',
+        // Remarks "sys".
+        5, 0, 0, 0, 3, 3, 's', 'y', 's',
+        // Unknown section 9: three bytes skipped behind the id.
+        3, 0, 0, 0, 9, B(0xAA), B(0xBB), B(0xCC),
+        // Presets: two.
+        B(0x8E), 0, 0, 0, 4, 2, 0,
+        // Preset (1,2,0): 99 bytes, 3 items, priority 0, flags 1, "Base", "".
+        0x63, 0, 1, 2, 0, 0, 0, 0, 3, 0, 0, 0, 1, 0, 4, 'B', 'a', 's', 'e', 0,
+        // Parameter 10 = 1.5.
+        10, 0, 0, 8, 0, 0, 0, 0, 0, 0, 0, B(0xF8), 0x3F,
+        // Parameter 11 = -2.0 with a size field of 4: eight bytes all the same.
+        11, 0, 0, 4, 0, 0, 0, 0, 0, 0, 0, 0, B(0xC0),
+        // Chunk 1, 50 bytes: the law on target 200 follows.
+        1, 0, 3, 50, 0};
+    file = Concat(file, test::LawOnTarget200());
+    const std::vector<char> sub = {
+        // Preset (1,2,1): 36 bytes, 2 items, priority 1, flags 0, "S", "r".
+        0x24, 0, 1, 2, 1, 0, 0, 0, 2, 0, 1, 0, 0, 0, 1, 'S', 1, 'r',
+        // Type 1 item 99 of two bytes: skipped.
+        99, 0, 1, 2, 0, B(0xEE), B(0xEE),
+        // Parameter 12 = 4.0.
+        12, 0, 0, 8, 0, 0, 0, 0, 0, 0, 0, 0x10, 0x40};
+    return Concat(file, sub);
+}
+
+// The user file that the writer makes for the set of SystemFile() with masks 1 enabled on
+// (1,2), parameter 10 = 3.0 and chunk 7 = {1, 2} in the base: 67 bytes.
+std::vector<char> UserFile() {
+    return {'B',  'P', 'B', 'Z', 0x43, 0, 0, 0,        // magic, total 67
+            0x37, 0,   0,   0,   5,    0, 0,           // section size 55, id 5, reserved
+            1,    0,   1,   0,   2,    0, 1, 0, 0, 0,  // one tag record: om 1, sm 2, tag 1
+            1,    0,                                   // one preset
+            0x26, 0,   1,   2,   0,    0, 0, 0, 2, 0, 0, 0, 1, 0, 4, 'B',  'a',
+            's',  'e', 0,   10,  0,    0, 8, 0, 0, 0, 0, 0, 0, 0, 8, 0x40,  // parameter 10 = 3.0
+            7,    0,   3,   2,   0,    1, 2};                               // chunk 7
+}
+
+std::unique_ptr<ZpsBufferReader> MakeReader() {
+    return std::make_unique<ZpsBufferReader>(std::make_shared<PresetFactory>(),
+                                             std::make_shared<PresetSetFactory>(),
+                                             std::make_shared<PresetHandleFactory>());
+}
+
+TEST(ZpsBufferReader, ParsesEverySectionOfAGoldenSystemFile) {
+    LogCapture capture;
+    const std::vector<char> file = SystemFile();
+    ASSERT_EQ(file.size(), 212u);
+    auto reader = MakeReader();
+    ASSERT_TRUE(reader->ParseBuffer(file, false));
+    EXPECT_TRUE(capture.Has(1, "ParseBuffer: isUserZps = false"));
+    const ZpsSectionInfo& info = reader->GetSystemSectionInfo();
+    EXPECT_EQ(info.infoValue, 0x11223344u);
+    EXPECT_EQ(info.infoBytes[3], 4);
+    EXPECT_EQ(info.infoWord, 0x6677);
+    EXPECT_EQ(info.remarks, "sys");
+    EXPECT_EQ(reader->GetTags(), (std::map<unsigned int, std::string>{{1, "Vol"}, {2, "Rot"}}));
+    EXPECT_TRUE(capture.Has(1, "SectionTags 2 Rot"));
+    EXPECT_TRUE(capture.Has(1,
+                            "ZpsBufferReader::ParsePreset : size 99 outputMode 1 soundMode 2 "
+                            "subTypeMask 0 parametersCount 3"));
+
+    const PresetMap& presets = reader->GetSystemPresets();
+    ASSERT_EQ(presets.size(), 2u);
+    const auto base = presets.at({1, 2, 0});
+    EXPECT_EQ(base->GetName(), "Base");
+    EXPECT_TRUE(base->IsDefaultSoundMode());
+    EXPECT_EQ(base->GetAllParameters(), (std::map<unsigned int, double>{{10, 1.5}, {11, -2.0}}));
+    std::vector<char> chunk;
+    EXPECT_TRUE(base->GetChunk(1, chunk));
+    EXPECT_EQ(chunk, test::LawOnTarget200());
+    EXPECT_EQ(base->GetLinkLawEntries().size(), 1u);
+    const auto sub = presets.at({1, 2, 1});
+    EXPECT_EQ(sub->GetRemarks(), "r");
+    EXPECT_EQ(sub->GetPriority(), 1);
+    EXPECT_EQ(sub->GetAllParameters(), (std::map<unsigned int, double>{{12, 4.0}}));
+    EXPECT_EQ(sub->GetChunkCount(), 0u);
+
+    auto set = reader->Read();
+    ASSERT_NE(set, nullptr);
+    EXPECT_EQ(set->GetOmSms(), (std::set<OmSm>{{1, 2}}));
+    EXPECT_EQ(set->GetTags().size(), 2u);
+}
+
+TEST(ZpsBufferReader, ExcludesParametersAndMergesTheUserFile) {
+    LogCapture capture;
+    auto reader = MakeReader();
+    reader->SetExcludedParameters({10, 12});
+    ASSERT_TRUE(reader->ParseBuffer(SystemFile(), false));
+    std::vector<char> user = UserFile();
+    ASSERT_TRUE(reader->ParseBuffer(user, true));
+    EXPECT_TRUE(capture.Has(1, "User tags (1)"));
+    EXPECT_TRUE(capture.Has(
+        1, "ZpsReader::ParseSectionUserModes Loaded user om [1] sm [2] tag [0x00000001]"));
+    EXPECT_TRUE(capture.Has(1, "User presets (1)"));
+    EXPECT_EQ(reader->GetSystemPresets().at({1, 2, 0})->GetAllParameters(),
+              (std::map<unsigned int, double>{{11, -2.0}}));
+    // Excluded in the user file too; the chunk stays.
+    const auto stored = reader->GetUserPresets().at({1, 2, 0});
+    EXPECT_TRUE(stored->GetAllParameters().empty());
+    EXPECT_EQ(stored->GetChunkIndices(), std::vector<unsigned int>{7});
+    EXPECT_EQ(reader->GetEnabledSubtypeMasks(), (std::map<OmSm, SubtypeMasks>{{OmSm{1, 2}, 1u}}));
+    auto set = reader->Read();
+    ASSERT_NE(set, nullptr);
+    EXPECT_EQ(set->GetEnabledSubtypeMasks(1, 2), 1u);
+    auto handle = set->RequestPresetHandle(1, 2);
+    EXPECT_EQ(handle->GetSubtypeMasks(), 1u);
+    EXPECT_EQ(handle->GetAllParameters(), (std::map<unsigned int, double>{{11, -2.0}}));
+
+    // Refilling an existing set.
+    auto other = MakeReader();
+    ASSERT_TRUE(other->ParseBuffer(SystemFile(), false));
+    auto refilled = other->Read();
+    EXPECT_TRUE(reader->Read(refilled));
+    EXPECT_EQ(refilled->GetUserPreset(1, 2, 0)->GetChunkIndices(), std::vector<unsigned int>{7});
+    EXPECT_FALSE(reader->Read(std::shared_ptr<IPresetSet>()));
+}
+
+TEST(ZpsBufferReader, RejectsBadHeadersAndEndsOnShortSections) {
+    LogCapture capture;
+    std::vector<char> file = SystemFile();
+    file[0] = 'X';
+    EXPECT_FALSE(MakeReader()->ParseBuffer(file, false));
+    EXPECT_TRUE(capture.Has(4, "read bpbz tag 0x1514295384 fail"));
+    EXPECT_FALSE(MakeReader()->ParseBuffer({'B', 'P'}, false));
+    EXPECT_TRUE(capture.Has(4, "read bpbz tag 0x0 fail"));
+    file = SystemFile();
+    file.pop_back();
+    EXPECT_FALSE(MakeReader()->ParseBuffer(file, false));
+    EXPECT_TRUE(capture.Has(4, "size in zps 212 does not match the real size 211"));
+
+    // Magic and total alone; magic alone (the total reads as 0).
+    auto reader = MakeReader();
+    EXPECT_TRUE(reader->ParseBuffer({'B', 'P', 'B', 'Z', 8, 0, 0, 0}, false));
+    EXPECT_TRUE(reader->GetSystemPresets().empty());
+    EXPECT_TRUE(MakeReader()->ParseBuffer({'B', 'P', 'B', 'Z'}, false));
+    EXPECT_EQ(reader->Read()->IsPresetsLoaded(), false);
+    EXPECT_EQ(MakeReader()->Read(), nullptr);
+
+    // A section reaching past the end ends parsing with success; earlier sections stay.
+    file = SystemFile();
+    file[8 + 25 + 16 + 9 + 8] = B(0x8F);
+    reader = MakeReader();
+    EXPECT_TRUE(reader->ParseBuffer(file, false));
+    EXPECT_TRUE(reader->GetSystemPresets().empty());
+    EXPECT_EQ(reader->GetSystemSectionInfo().remarks, "sys");
+
+    // A parser that stops early leaves the cursor inside its section: a remarks section
+    // declared two bytes longer than its string is followed by a size read from those bytes.
+    std::vector<char> early = {'B', 'P', 'B', 'Z', 0, 0, 0, 0, 7, 0, 0,
+                               0,   3,   1,   'a', 3, 0, 0, 0, 3, 1, 'b'};
+    reader = MakeReader();
+    EXPECT_TRUE(reader->ParseBuffer(early, false));
+    EXPECT_EQ(reader->GetSystemSectionInfo().remarks, "b");
+
+    // Failures inside sections.
+    const std::vector<char> header = {'B', 'P', 'B', 'Z', 0, 0, 0, 0};
+    const auto fails = [&](std::vector<char> body, const std::string& text) {
+        capture.Clear();
+        EXPECT_FALSE(MakeReader()->ParseBuffer(Concat(header, body), false)) << text;
+        EXPECT_TRUE(capture.Has(4, text)) << text;
+    };
+    fails({1, 0, 0, 0, 1, 1, 2}, "ParseSectionInformation error");
+    fails({1, 0, 0, 0, 3, 5, 'a'}, "ParseSectionRemarks error");
+    fails({1, 0, 0, 0, 2}, "ParseSectionTags parse count error");
+    fails({1, 0, 0, 0, 2, 1, 1, 9, 'a'}, "ParseSectionTags parse value or name error");
+    fails({1, 0, 0, 0, 4, 1}, "ParseSectionPresets read count error");
+    fails({1, 0, 0, 0, 4, 1, 0, 3, 0}, "ParseSectionPresets parse preset error");
+    fails({1, 0, 0, 0, 5, 0, 0, 1, 0, 1, 0}, "ParseSectionUserModes error");
+    fails({1, 0, 0, 0, 5, 0, 0, 0, 0}, "ParseSectionUserModes error");
+    fails({1, 0, 0, 0, 5, 0, 0, 0, 0, 1, 0, 3}, "ParseSectionPresets error");
+    // An item of an unknown type larger than the rest stops there.
+    fails(
+        {1, 0, 0, 0, 4, 1, 0, 0x14, 0, 1, 2, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 9, 0, 1, 0x40, 0},
+        "ParsePreset error");
+    // A preset with no items is valid.
+    EXPECT_TRUE(MakeReader()->ParseBuffer(
+        Concat(header, {1, 0, 0, 0, 4, 1, 0, 0x0E, 0, 1, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}),
+        false));
+}
+
+// Every cut and many flipped bytes of both files: never a crash, never a read past the end.
+TEST(ZpsBufferReader, SurvivesEveryTruncationAndCorruption) {
+    LogCapture capture(5);
+    for (const std::vector<char>& file : {SystemFile(), Concat(SystemFile(), UserFile())}) {
+        for (size_t cut = 0; cut <= file.size(); ++cut) {
+            auto reader = MakeReader();
+            reader->ParseBuffer(std::vector<char>(file.begin(), file.begin() + cut), false);
+        }
+        for (size_t i = 0; i < file.size(); ++i) {
+            for (unsigned char flip : {0x01, 0x10, 0x80, 0xFF}) {
+                std::vector<char> bad = file;
+                bad[i] = static_cast<char>(bad[i] ^ flip);
+                std::map<unsigned int, double> parameters;
+                std::vector<char> laws;
+                PresetUtils::GetParametersFromZpsBuffer(bad, 1, 2, 1, {}, parameters, laws);
+                auto reader = MakeReader();
+                reader->ParseBuffer(bad, true);
+            }
+        }
+    }
+    const std::vector<char> user = UserFile();
+    for (size_t cut = 0; cut <= user.size(); ++cut) {
+        MakeReader()->ParseBuffer(std::vector<char>(user.begin(), user.begin() + cut), true);
+    }
+}
+
+std::shared_ptr<IPresetSet> ChangedSet() {
+    auto reader = MakeReader();
+    EXPECT_TRUE(reader->ParseBuffer(SystemFile(), false));
+    auto set = reader->Read();
+    EXPECT_TRUE(set->SetSubtypeMasks(1, 2, 1));
+    EXPECT_TRUE(set->SetParameter(10, 3.0, 1, 2, 0, false));
+    EXPECT_TRUE(set->SetChunk(7, {1, 2}, 1, 2, 0));
+    return set;
+}
+
+TEST(PresetUtils, WritesTheGoldenUserFileAndReadsItBack) {
+    LogCapture capture;
+    std::vector<char> out;
+    EXPECT_FALSE(PresetUtils::GetSerializedUserSectionFromPresetSet(nullptr, out));
+    EXPECT_TRUE(capture.Has(4, "pPresetSet is NULL"));
+    ASSERT_TRUE(PresetUtils::GetSerializedUserSectionFromPresetSet(ChangedSet(), out));
+    EXPECT_EQ(out, UserFile());
+    EXPECT_TRUE(capture.Has(1, "totalSize 67"));
+    EXPECT_TRUE(capture.Has(1, "Write The number of User enabled subtypeMask 1"));
+    EXPECT_TRUE(capture.Has(1, "Write Saved user tag om [1] sm [2] tag [0x00000001]"));
+    EXPECT_TRUE(capture.Has(2, "Showing preset [Base] for OM [1] and SM[2]"));
+
+    // Round trip with two changed presets and user link laws.
+    auto set = ChangedSet();
+    ASSERT_TRUE(set->SetParameter(12, 8.0, 1, 2, 1, false));
+    ASSERT_TRUE(set->SetChunk(1, test::LawOnTarget100(), 1, 2, 1));
+    ASSERT_TRUE(PresetUtils::GetSerializedUserSectionFromPresetSet(set, out));
+    auto reader = MakeReader();
+    ASSERT_TRUE(reader->ParseBuffer(SystemFile(), false));
+    ASSERT_TRUE(reader->ParseBuffer(out, true));
+    const PresetMap& users = reader->GetUserPresets();
+    ASSERT_EQ(users.size(), 2u);
+    for (const auto& user : users) {
+        auto original = set->GetUserPreset(user.first.om, user.first.sm, user.first.subtypeMask);
+        EXPECT_EQ(user.second->GetAllParameters(), original->GetAllParameters());
+        EXPECT_EQ(user.second->GetAllChunks(), original->GetAllChunks());
+    }
+    auto reread = reader->Read();
+    auto handle = reread->RequestPresetHandle(1, 2);
+    // The user law replaces the system law of the base.
+    ASSERT_EQ(handle->GetLinkLawEntries().size(), 1u);
+    EXPECT_EQ(handle->GetLinkLawEntries()[0].TargetParamId, 100u);
+    EXPECT_EQ(handle->GetAllParameters(),
+              (std::map<unsigned int, double>{{10, 3.0}, {11, -2.0}, {12, 8.0}}));
+
+    // An empty chunk is left out of the items but stays counted.
+    auto empty = MakeReader();
+    ASSERT_TRUE(empty->ParseBuffer(SystemFile(), false));
+    auto emptySet = empty->Read();
+    ASSERT_TRUE(emptySet->SetChunk(9, {}, 1, 2, 1));
+    ASSERT_TRUE(PresetUtils::GetSerializedUserSectionFromPresetSet(emptySet, out));
+    // Total 42 with five trailing zero bytes, section size 25, preset size 16.
+    EXPECT_EQ(out, std::vector<char>({'B', 'P', 'B', 'Z', 42, 0,  0,   0, 25,  0, 0, 0, 5, 0,
+                                      0,   0,   0,   1,   0,  16, 0,   1, 2,   1, 0, 0, 0, 1,
+                                      0,   1,   0,   0,   0,  1,  'S', 1, 'r', 0, 0, 0, 0, 0}));
+}
+
+TEST(ZpsReader, LoadsBothFilesFromDisk) {
+    LogCapture capture;
+    char directory[] = "/tmp/zps_test_XXXXXX";
+    ASSERT_NE(mkdtemp(directory), nullptr);
+    const std::string base = directory;
+    const auto write = [](const std::string& path, const std::vector<char>& bytes) {
+        std::ofstream(path, std::ios::binary).write(bytes.data(), bytes.size());
+    };
+    write(base + "/system.zps", SystemFile());
+    write(base + "/user.zps", UserFile());
+    write(base + "/empty.zps", {});
+    const auto factories = [](const std::string& system, const std::string& user) {
+        return ZpsReader(system, user, std::make_shared<PresetFactory>(),
+                         std::make_shared<PresetSetFactory>(),
+                         std::make_shared<PresetHandleFactory>());
+    };
+
+    ZpsReader reader = factories(base + "/system.zps", base + "/user.zps");
+    auto set = reader.Read();
+    ASSERT_NE(set, nullptr);
+    EXPECT_EQ(set->GetUserPreset(1, 2, 0)->GetAllParameters(),
+              (std::map<unsigned int, double>{{10, 3.0}}));
+    EXPECT_TRUE(capture.Has(1, "LoadFile zps : " + base + "/user.zps isUserZps : yes"));
+    EXPECT_TRUE(reader.Read(set));
+
+    ZpsReader noUser = factories(base + "/system.zps", "");
+    EXPECT_NE(noUser.Read(), nullptr);
+    EXPECT_TRUE(capture.Has(1, "user zps is empty string"));
+    ZpsReader emptyUser = factories(base + "/system.zps", base + "/empty.zps");
+    EXPECT_NE(emptyUser.Read(), nullptr);
+    EXPECT_TRUE(capture.Has(1, "the size of user zps is 0"));
+
+    ZpsReader missingUser = factories(base + "/system.zps", base + "/none.zps");
+    EXPECT_EQ(missingUser.Read(), nullptr);
+    EXPECT_TRUE(
+        capture.Has(4, "open file (" + base + "/none.zps) failed! 2, No such file or directory"));
+    EXPECT_FALSE(missingUser.Read(set));
+    ZpsReader emptySystem = factories(base + "/empty.zps", "");
+    EXPECT_EQ(emptySystem.Read(), nullptr);
+    EXPECT_TRUE(capture.Has(4, "LoadFile: " + base + "/empty.zps size = 0"));
+    ZpsReader noSystem = factories("", "");
+    EXPECT_EQ(noSystem.Read(), nullptr);
+    EXPECT_TRUE(capture.Has(4, "system zps is empty string"));
+    ZpsReader directorySystem = factories(base, "");
+    EXPECT_EQ(directorySystem.Read(), nullptr);
+    EXPECT_TRUE(capture.Has(4, "open file (" + base + ") failed! 21, Is a directory"));
+    directorySystem.SetZps(base + "/system.zps", "");
+    EXPECT_NE(directorySystem.Read(), nullptr);
+    ZpsReader fromChars((base + "/system.zps").c_str(), nullptr, std::make_shared<PresetFactory>(),
+                        std::make_shared<PresetSetFactory>(),
+                        std::make_shared<PresetHandleFactory>());
+    EXPECT_NE(fromChars.Read(), nullptr);
+
+    for (const char* name : {"/system.zps", "/user.zps", "/empty.zps"}) {
+        std::remove((base + name).c_str());
+    }
+    rmdir(directory);
+}
+
+}  // namespace
+}  // namespace TesselFX

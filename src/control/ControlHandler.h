@@ -42,9 +42,10 @@ class ControlHandler : public IControlHandler, public IVolumeTableHelper::Volume
   public:
     static constexpr unsigned int kCurrentMode = 0xFFFFFFFFu;
 
-    /// Registers itself as the helper's volume listener until destruction. generator and
-    /// parser are searched for the interfaces they offer; a missing one makes its operation a
-    /// success without effect.
+    /// Registers itself as the helper's volume listener until destruction. Sender, description,
+    /// preset set, policies and helper must not be null. generator and parser are searched for
+    /// the interfaces they offer, and a missing one makes its operation a success without
+    /// effect; without a converter the volume moves no link law.
     ControlHandler(const std::shared_ptr<IDspBufferSender>& dspBufferSender,
                    const std::shared_ptr<IControlDescription>& controlDescription,
                    const std::shared_ptr<IPresetSet>& presetSet,

@@ -45,14 +45,10 @@ bool zorbaudio_initialize(HalControlManager* manager, const char* systemPresetPa
     configPath = OrEmpty(configPath);
 
     const std::set<unsigned int> excludedParameters;
-    std::shared_ptr<IPresetSet> presetSet;
-    {
-        ZpsReader reader(systemPresetPath, userPresetPath, std::make_shared<PresetFactory>(),
-                         std::make_shared<PresetSetFactory>(),
-                         std::make_shared<PresetHandleFactory>());
-        reader.SetExcludedParameters(excludedParameters);
-        presetSet = reader.Read();
-    }
+    ZpsReader reader(systemPresetPath, userPresetPath, std::make_shared<PresetFactory>(),
+                     std::make_shared<PresetSetFactory>(), std::make_shared<PresetHandleFactory>());
+    reader.SetExcludedParameters(excludedParameters);
+    const std::shared_ptr<IPresetSet> presetSet = reader.Read();
     if (!presetSet) {
         TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "load preset %s %s fail", systemPresetPath,
                          userPresetPath);

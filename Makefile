@@ -23,5 +23,8 @@ build: configure
 test: build
 	@cd $(BUILD_DIR) && ctest --output-on-failure -j $(JOBS)
 
+demo: build
+	@$(BUILD_DIR)/tools/zbctl/zbctl run
+
 clean:
 	rm -rf build build-*

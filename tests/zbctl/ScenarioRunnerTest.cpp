@@ -1,0 +1,215 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "WavFile.h"
+#include "ZbctlTestSupport.h"
+
+namespace TesselFX {
+namespace zbctl {
+namespace {
+
+using Json = nlohmann::json;
+
+// Runs zbctl run with a JSON trace into trace; false when the library's zb_initialize failed,
+// which it does until the library can bring up its control handlers.
+bool RunTrace(const std::string& arguments, Json& trace) {
+    const test::CommandResult result = test::RunZbctl("run --json " + arguments);
+    EXPECT_TRUE(result.status == 0 || result.status == 3) << result.out;
+    trace = Json::parse(result.out, nullptr, false);
+    if (trace.is_discarded() || !trace.contains("calls") || trace["calls"].size() < 2) {
+        ADD_FAILURE() << result.out;
+        return false;
+    }
+    EXPECT_EQ(trace["calls"][1]["call"], "zb_initialize");
+    const bool initialized = trace["calls"][1]["result"] != 0;
+    EXPECT_EQ(result.status, initialized ? 0 : 3);
+    return initialized;
+}
+
+constexpr char kNotInitialized[] =
+    "zb_initialize returns 0: the library cannot bring up its handlers yet";
+
+// The frames of the call that a scenario line made.
+std::vector<Json> FramesOf(const Json& trace, const std::string& call) {
+    for (const Json& entry : trace["calls"]) {
+        if (entry["call"] != call) continue;
+        std::vector<Json> frames;
+        for (const Json& event : entry["events"]) {
+            if (event.contains("frame")) frames.push_back(event["frame"]);
+        }
+        return frames;
+    }
+    ADD_FAILURE() << "no call " << call;
+    return {};
+}
+
+std::vector<uint32_t> Blocks(const Json& frame) {
+    return frame["blocks"].get<std::vector<uint32_t>>();
+}
+
+TEST(ScenarioRunner, DefaultScenarioSendsTheExpectedFrames) {
+    Json trace;
+    if (!RunTrace("", trace)) GTEST_SKIP() << kNotInitialized;
+    // The first change of mode pair is a full send: every EQ band, the output gain and the
+    // generic block of the bypass parameter.
+    auto frames = FramesOf(trace, "set_active 1 2");
+    ASSERT_FALSE(frames.empty());
+    std::vector<uint32_t> all;
+    for (const Json& frame : frames) {
+        EXPECT_EQ(frame["opcode"], 1);
+        EXPECT_EQ(frame["instance"], 0);
+        EXPECT_EQ(frame["status"], 0);
+        EXPECT_LE(frame["size"].get<uint32_t>(), 16000u);
+        for (uint32_t id : Blocks(frame)) all.push_back(id);
+    }
+    for (uint32_t id : {1u, 2u, 3u, 4u, 10u, 4096u}) {
+        EXPECT_NE(std::find(all.begin(), all.end(), id), all.end()) << id;
+    }
+    EXPECT_TRUE(std::is_sorted(all.begin(), all.end()));
+    // The pair in force since initialisation sends nothing (the first set_active 1 1).
+    EXPECT_TRUE(FramesOf(trace, "set_active 1 1").empty());
+
+    // From then on only what changes: band 3 for its gain, the generic block for bypass.
+    frames = FramesOf(trace, "set_parameter 131 -3");
+    ASSERT_EQ(frames.size(), 1u);
+    EXPECT_EQ(Blocks(frames[0]), std::vector<uint32_t>{4});
+    frames = FramesOf(trace, "set_bypass 1");
+    ASSERT_EQ(frames.size(), 1u);
+    EXPECT_EQ(Blocks(frames[0]), std::vector<uint32_t>{4096});
+
+    // Nothing leaves between wait_for_flush and flush; flush sends.
+    EXPECT_TRUE(FramesOf(trace, "wait_for_flush").empty());
+    EXPECT_TRUE(FramesOf(trace, "set_volume 0.25").empty());
+    EXPECT_FALSE(FramesOf(trace, "flush").empty());
+
+    // The DSP's version comes back through reply 6.
+    frames = FramesOf(trace, "get_version dsp");
+    ASSERT_EQ(frames.size(), 1u);
+    EXPECT_EQ(frames[0]["opcode"], 5);
+    EXPECT_EQ(frames[0]["reply"], 6);
+    EXPECT_EQ(frames[0]["version"], "DspKitSim 1.00 stand-in");
+}
+
+TEST(ScenarioRunner, AudioAfterBypassEqualsTheInput) {
+    test::TempDir dir;
+    const std::string scenario = dir.Write("bypass.scenario", "set_active 1 2\nset_bypass 1\n");
+    const std::string input = std::string(ZBCTL_BUILD_EXAMPLES_DIR) + "/example_input.wav";
+    const std::string output = dir.File("out.wav");
+    Json trace;
+    if (!RunTrace("--scenario " + scenario + " --input " + input + " --output " + output, trace)) {
+        GTEST_SKIP() << kNotInitialized;
+    }
+    const AudioBuffer in = ReadWav(input);
+    const AudioBuffer out = ReadWav(output);
+    ASSERT_EQ(out.channels, in.channels);
+    ASSERT_EQ(out.samples.size(), 2 * in.samples.size());  // one segment per step
+    const std::vector<float> first(out.samples.begin(),
+                                   out.samples.begin() + static_cast<long>(in.samples.size()));
+    const std::vector<float> second(out.samples.begin() + static_cast<long>(in.samples.size()),
+                                    out.samples.end());
+    EXPECT_NE(first, in.samples);  // the movie preset is audible
+    EXPECT_EQ(second, in.samples);
+}
+
+// The host side against a library that sends known frames: trace, DSP and audio.
+class ScenarioRunnerHostSide : public ::testing::Test {
+  protected:
+    std::string Arguments(const std::string& extra = "") const {
+        return "run --library " + std::string(ZBCTL_FAKE_HAL) + " --scenario " + m_scenario + " " +
+               extra;
+    }
+
+    test::TempDir m_dir;
+    std::string m_scenario = m_dir.Write("host.scenario",
+                                         "set_volume 0.5\n"
+                                         "set_bypass 1   # off\n"
+                                         "get_version dsp\n"
+                                         "set_bypass 0\n"
+                                         "instance 1\n"
+                                         "set_volume 0.25\n"
+                                         "set_output_mode 3\n");
+};
+
+TEST_F(ScenarioRunnerHostSide, TracesCallsFramesRepliesAndNotifications) {
+    const test::CommandResult result = test::RunZbctl(Arguments());
+    ASSERT_EQ(result.status, 0) << result.out;
+    const size_t start = result.out.find("zb_create");
+    ASSERT_NE(start, std::string::npos);
+    EXPECT_EQ(result.out.substr(start),
+              "zb_create = 1\n"
+              "zb_initialize = 1\n"
+              "zb_register_notifier 0 = 1\n"
+              "zb_register_notifier 1 = 1\n"
+              "line 1: set_volume 0.5\n"
+              "    frame to instance 0: opcode 1 (set coefficients), 20 bytes, 1 block: 10\n"
+              "    = 1\n"
+              "line 2: set_bypass 1\n"
+              "    frame to instance 0: opcode 1 (set coefficients), 80 bytes, 1 block: 4096\n"
+              "    notification: bypass=1\n"
+              "    = 1\n"
+              "line 3: get_version dsp\n"
+              "    frame to instance 0: opcode 5 (get version), 4 bytes; reply 6, 31 bytes "
+              "\"DspKitSim 1.00 stand-in\"\n"
+              "    = 1 \"DspKitSim 1.00 stand-in\"\n"
+              "line 4: set_bypass 0\n"
+              "    frame to instance 0: opcode 1 (set coefficients), 80 bytes, 1 block: 4096\n"
+              "    notification: bypass=0\n"
+              "    = 1\n"
+              "line 5: instance 1 = 1\n"
+              "line 6: set_volume 0.25\n"
+              "    frame to instance 1: opcode 1 (set coefficients), 20 bytes, 1 block: 10\n"
+              "    = 1\n"
+              "line 7: set_output_mode 3 = 0\n"
+              "zb_destroy\n");
+
+    const Json trace = Json::parse(test::RunZbctl(Arguments("--json")).out);
+    EXPECT_EQ(trace["calls"][5]["call"], "set_bypass 1");
+    EXPECT_EQ(
+        trace["calls"][5]["events"],
+        Json::parse(
+            R"([{"frame": {"instance": 0, "opcode": 1, "size": 80, "blocks": [4096], "status": 0}},
+                              {"notification": "bypass=1"}])"));
+}
+
+TEST_F(ScenarioRunnerHostSide, RendersOneSegmentPerStepThroughTheCoefficientsInForce) {
+    const std::string input = std::string(ZBCTL_BUILD_EXAMPLES_DIR) + "/example_input.wav";
+    const std::string output = m_dir.File("out.wav");
+    ASSERT_EQ(test::RunZbctl(Arguments("--input " + input + " --output " + output)).status, 0);
+    const AudioBuffer in = ReadWav(input);
+    const AudioBuffer out = ReadWav(output);
+    EXPECT_EQ(out.sampleRate, in.sampleRate);
+    ASSERT_EQ(out.samples.size(), 6 * in.samples.size());  // the instance line renders nothing
+    std::vector<float> half = in.samples;
+    for (float& sample : half) sample *= 0.5f;
+    const size_t length = in.samples.size();
+    const auto segment = [&](size_t i) {
+        return std::vector<float>(out.samples.begin() + static_cast<long>(i * length),
+                                  out.samples.begin() + static_cast<long>((i + 1) * length));
+    };
+    EXPECT_EQ(segment(0), half);        // gain 0.5
+    EXPECT_EQ(segment(1), in.samples);  // bypass
+    EXPECT_EQ(segment(2), in.samples);
+    EXPECT_EQ(segment(3), half);  // bypass off
+    EXPECT_EQ(segment(4), half);  // instance 1 changed, instance 0 renders
+    EXPECT_EQ(segment(5), half);
+}
+
+TEST_F(ScenarioRunnerHostSide, ReportsAFailedInitializationAndBadOptions) {
+    test::CommandResult result = test::RunZbctl(Arguments("--system-presets /nonexistent.zps"));
+    EXPECT_EQ(result.status, 3);
+    EXPECT_NE(result.out.find("zb_initialize = 0\n# zb_initialize failed:"), std::string::npos)
+        << result.out;
+    EXPECT_EQ(result.out.find("line 1"), std::string::npos);
+    EXPECT_EQ(test::RunZbctl(Arguments("--input /nonexistent.wav --output x.wav")).status, 2);
+    EXPECT_EQ(test::RunZbctl(Arguments("--dspkit ''")).status, 2);
+    EXPECT_EQ(test::RunZbctl(Arguments("--dspkit '/a b.so'")).status, 2);
+    EXPECT_EQ(test::RunZbctl("run --library /nonexistent/lib.so").status, 2);
+    EXPECT_EQ(test::RunZbctl("run --library " + std::string(ZBCTL_DSPKIT_LIBRARY)).status,
+              2);  // no zb_*
+}
+
+}  // namespace
+}  // namespace zbctl
+}  // namespace TesselFX

@@ -1,0 +1,219 @@
+#include <gtest/gtest.h>
+
+#include "ZbctlError.h"
+#include "ZpsBinary.h"
+
+namespace TesselFX {
+namespace zbctl {
+namespace {
+
+std::vector<char> Bytes(std::initializer_list<int> values) {
+    std::vector<char> bytes;
+    for (int value : values) bytes.push_back(static_cast<char>(value));
+    return bytes;
+}
+
+// Remarks "R", one system preset: om 1, sm 2, subtype 2 (mask 4), priority 3, default sound
+// mode, name "A", parameter 7 = 1.0, one link law source 0 -> parameter 111 with one point.
+const std::vector<char> kSystemFile = Bytes({
+    0x42, 0x50, 0x42, 0x5A,                          // "BPBZ"
+    0x6B, 0x00, 0x00, 0x00,                          // total size 107
+    0x03, 0x00, 0x00, 0x00, 0x03, 0x01, 'R',         // remarks section: size 3, id 3, "R"
+    0x58, 0x00, 0x00, 0x00, 0x04,                    // presets section: size 88, id 4
+    0x01, 0x00,                                      // one preset
+    0x53, 0x00,                                      // record size 83
+    0x01, 0x02,                                      // om 1, sm 2
+    0x04, 0x00, 0x00, 0x00,                          // mask 4
+    0x02, 0x00,                                      // two items
+    0x03, 0x00,                                      // priority 3, reserved
+    0x01, 0x00,                                      // flags: default sound mode
+    0x01, 'A',  0x00,                                // name "A", no remarks
+    0x07, 0x00, 0x00, 0x08, 0x00,                    // parameter 7, type 0, size 8
+    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xF0, 0x3F,  // 1.0
+    0x01, 0x00, 0x03, 0x32, 0x00,                    // chunk 1, type 3, size 50
+    0x32, 0x00, 0x00, 0x00,                          // entry size 50
+    0x01, 0x00, 0x00, 0x00,                          // version 1
+    0xF0, 0x0A, 0x00, 0x00,                          // master 2800
+    0x00, 0x00, 0x00, 0x00,                          // source 0
+    0x6F, 0x00, 0x00, 0x00,                          // target 111
+    0x06, 0x00, 0x00, 0x00, 'L',  'i',  'n',  'e',  'a', 'r', 0x01, 0x00, 0x00, 0x00,  // one point
+    0x00, 0x00, 0x00, 0x00,                                                            // master 0.0
+    0x00, 0x00, 0x00, 0x40,                                                            // target 2.0
+    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,  // extra values
+});
+
+// A user file: om 1 sm 2 with subtypes 1 and 2 enabled, one user preset without items.
+const std::vector<char> kUserFile = Bytes({
+    0x42, 0x50, 0x42, 0x5A, 0x2B, 0x00, 0x00, 0x00,
+    0x1F, 0x00, 0x00, 0x00, 0x05,                    // user modes section: size 31, id 5
+    0x00, 0x00, 0x01, 0x00,                          // reserved, one record
+    0x01, 0x00, 0x02, 0x00, 0x06, 0x00, 0x00, 0x00,  // om 1, sm 2, mask 6
+    0x01, 0x00,                                      // one preset
+    0x0E, 0x00, 0x01, 0x02, 0x00, 0x00, 0x00, 0x00,  // size 14, om 1, sm 2, mask 0
+    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,  // no items, priority 0, flags 0, "", ""
+});
+
+ZpsDocument SystemDocument() {
+    ZpsDocument document;
+    document.remarks = "R";
+    ZpsPreset preset;
+    preset.outputMode = 1;
+    preset.soundMode = 2;
+    preset.subtypeMask = 4;
+    preset.name = "A";
+    preset.flags = 1;
+    preset.priority = 3;
+    preset.parameters[7] = 1.0;
+    LinkLawEntry entry;
+    entry.MasterControlId = 2800;
+    entry.SourceControlId = 0;
+    entry.TargetParamId = 111;
+    entry.masterValues = {0.0f};
+    entry.targetValues = {2.0f};
+    preset.linkLaws.push_back(entry);
+    document.systemPresets = std::vector<ZpsPreset>{preset};
+    return document;
+}
+
+TEST(ZpsBinary, WritesTheFileByteForByte) {
+    EXPECT_EQ(EncodeZps(SystemDocument()), kSystemFile);
+
+    ZpsDocument user;
+    user.user.emplace();
+    user.user->enabledMasks.push_back({1, 2, 6});
+    ZpsPreset empty;
+    empty.outputMode = 1;
+    empty.soundMode = 2;
+    user.user->presets.push_back(empty);
+    EXPECT_EQ(EncodeZps(user), kUserFile);
+}
+
+TEST(ZpsBinary, ReadsBackWhatItWrote) {
+    std::vector<std::string> warnings;
+    const ZpsDocument document = DecodeZps(kSystemFile, warnings);
+    EXPECT_TRUE(warnings.empty());
+    EXPECT_FALSE(document.information);
+    EXPECT_EQ(document.remarks, std::optional<std::string>("R"));
+    ASSERT_TRUE(document.systemPresets);
+    ASSERT_EQ(document.systemPresets->size(), 1u);
+    const ZpsPreset& preset = document.systemPresets->front();
+    EXPECT_EQ(preset.subtypeMask, 4u);
+    EXPECT_EQ(preset.priority, 3u);
+    EXPECT_EQ(preset.flags, 1u);
+    EXPECT_EQ(preset.parameters, (std::map<unsigned int, double>{{7, 1.0}}));
+    ASSERT_EQ(preset.linkLaws.size(), 1u);
+    EXPECT_EQ(preset.linkLaws[0].TargetParamId, 111u);
+    EXPECT_EQ(preset.linkLaws[0].targetValues, std::vector<float>{2.0f});
+    EXPECT_TRUE(preset.chunks.empty());
+    EXPECT_EQ(EncodeZps(document), kSystemFile);
+
+    const ZpsDocument user = DecodeZps(kUserFile, warnings);
+    ASSERT_TRUE(user.user);
+    EXPECT_FALSE(user.systemPresets);
+    ASSERT_EQ(user.user->enabledMasks.size(), 1u);
+    EXPECT_EQ(user.user->enabledMasks[0].mask, 6u);
+    EXPECT_EQ(EncodeZps(user), kUserFile);
+}
+
+TEST(ZpsBinary, RefusesValuesThatDoNotFitTheirFields) {
+    const auto errorOf = [](const ZpsDocument& document) -> std::string {
+        try {
+            EncodeZps(document);
+        } catch (const ZbctlError& e) {
+            return e.what();
+        }
+        return "";
+    };
+    ZpsDocument document = SystemDocument();
+    (*document.systemPresets)[0].outputMode = 256;
+    EXPECT_EQ(errorOf(document),
+              "preset \"A\" (om 256, sm 2): output mode 256 does not fit in 8 bits");
+    document = SystemDocument();
+    (*document.systemPresets)[0].parameters[65536] = 0.0;
+    EXPECT_EQ(errorOf(document),
+              "preset \"A\" (om 1, sm 2): parameter id 65536 does not fit in 16 bits");
+    document = SystemDocument();
+    (*document.systemPresets)[0].name = std::string(256, 'n');
+    EXPECT_NE(errorOf(document).find("name is longer than 255 bytes"), std::string::npos);
+    document = SystemDocument();
+    (*document.systemPresets)[0].chunks[1] = {1, 2};
+    EXPECT_EQ(errorOf(document),
+              "preset \"A\" (om 1, sm 2) has link laws and a raw chunk 1 at once");
+    document = SystemDocument();
+    (*document.systemPresets)[0].chunks[2] = std::vector<char>(65536);
+    EXPECT_EQ(errorOf(document),
+              "preset \"A\" (om 1, sm 2): size of chunk 2 65536 does not fit in 16 bits");
+}
+
+TEST(ZpsBinary, EveryTruncationAndCorruptionFailsCleanly) {
+    for (const auto* file : {&kSystemFile, &kUserFile}) {
+        for (size_t size = 0; size < file->size(); ++size) {
+            std::vector<char> cut(file->begin(), file->begin() + static_cast<long>(size));
+            std::vector<std::string> warnings;
+            if (size >= 4 && size < 8) {
+                // Without a total size the library reads nothing more and succeeds.
+                const ZpsDocument document = DecodeZps(cut, warnings);
+                EXPECT_FALSE(document.systemPresets || document.user || document.remarks);
+                continue;
+            }
+            // A cut magic fails, and so does every cut behind the total size, which it declares.
+            EXPECT_THROW(DecodeZps(cut, warnings), ZbctlError) << "size " << size;
+            if (size < 8) continue;
+            // With the total size patched to the cut, the sections themselves meet the end.
+            cut[4] = static_cast<char>(size);
+            try {
+                DecodeZps(cut, warnings);
+            } catch (const ZbctlError& e) {
+                EXPECT_EQ(std::string(e.what()).rfind("offset ", 0), 0u) << e.what();
+            }
+        }
+        for (size_t i = 0; i < file->size(); ++i) {
+            for (int value : {0x00, 0x7F, 0xFF}) {
+                std::vector<char> corrupt = *file;
+                corrupt[i] = static_cast<char>(value);
+                std::vector<std::string> warnings;
+                try {
+                    DecodeZps(corrupt, warnings);
+                } catch (const ZbctlError&) {
+                }
+            }
+        }
+    }
+}
+
+TEST(ZpsBinary, ReportsWhatTheLibraryPassesOver) {
+    std::vector<std::string> warnings;
+    // An unknown section is skipped by its size counted behind the id byte, as the library does.
+    std::vector<char> file = Bytes({0x42, 0x50, 0x42, 0x5A, 0x12, 0x00, 0x00, 0x00, 0x02, 0x00,
+                                    0x00, 0x00, 0x09, 0xAA, 0xBB, 0x03, 0x00, 0x00});
+    DecodeZps(file, warnings);
+    EXPECT_EQ(warnings, (std::vector<std::string>{"unknown section 9 at offset 8 skipped",
+                                                  "3 trailing bytes at offset 15 ignored"}));
+    warnings.clear();
+    // A section that reaches past the end stops reading without an error.
+    file = Bytes({0x42, 0x50, 0x42, 0x5A, 0x0D, 0x00, 0x00, 0x00, 0x09, 0x00, 0x00, 0x00, 0x03});
+    DecodeZps(file, warnings);
+    EXPECT_EQ(warnings, std::vector<std::string>{
+                            "section 3 at offset 8 reaches past the end; reading stops there"});
+    // A total size above the real size is refused.
+    file = Bytes({0x42, 0x50, 0x42, 0x5A, 0x09, 0x00, 0x00, 0x00});
+    try {
+        DecodeZps(file, warnings);
+        FAIL();
+    } catch (const ZbctlError& e) {
+        EXPECT_STREQ(e.what(), "size in file 9 is larger than the real size 8");
+    }
+}
+
+TEST(ZpsBinary, TheLibrarysReaderAgrees) {
+    EXPECT_TRUE(LibraryRefusal(kSystemFile).empty());
+    EXPECT_TRUE(LibraryRefusal(kUserFile).empty());
+    EXPECT_EQ(LibraryRefusal(Bytes({0x42, 0x50, 0x42, 0x5A, 0x09, 0x00, 0x00, 0x00})),
+              std::vector<std::string>{"size in zps 9 does not match the real size 8"});
+    EXPECT_EQ(LibraryRefusal(Bytes({0x42, 0x50, 0x42})),
+              std::vector<std::string>{"read bpbz tag 0x0 fail"});
+}
+
+}  // namespace
+}  // namespace zbctl
+}  // namespace TesselFX

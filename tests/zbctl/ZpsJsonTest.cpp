@@ -1,0 +1,119 @@
+#include <gtest/gtest.h>
+
+#include "ZbctlError.h"
+#include "ZbctlTestSupport.h"
+#include "ZpsJson.h"
+
+namespace TesselFX {
+namespace zbctl {
+namespace {
+
+using Json = nlohmann::json;
+
+std::string ErrorOf(const std::string& text) {
+    try {
+        ZpsFromJson(Json::parse(text));
+    } catch (const ZbctlError& e) {
+        return e.what();
+    }
+    return "";
+}
+
+TEST(ZpsJson, ReadsEveryField) {
+    const ZpsDocument document = ZpsFromJson(Json::parse(R"({
+      "information": {"value": 7, "bytes": [1, 2, 3, 4], "word": 9},
+      "tags": {"3": "three"},
+      "presets": [{"output_mode": 1, "sound_mode": 2, "subtypes": [0, 3], "name": "P",
+                   "remarks": "r", "default_sound_mode": true, "flags": 4, "priority": 5,
+                   "parameters": {"10": -1.5},
+                   "link_laws": [{"source": 1, "target": 20, "points": [[0, 1], [1000, 2]],
+                                  "extra": [0.5, 0]}],
+                   "chunks": {"2": "00ff10"}}],
+      "user": {"enabled_subtypes": [{"output_mode": 1, "sound_mode": 2, "subtypes": [3]}]}
+    })"));
+    ASSERT_TRUE(document.information);
+    EXPECT_EQ(document.information->value, 7u);
+    EXPECT_EQ(document.information->bytes[3], 4u);
+    EXPECT_EQ(document.tags.at(3), "three");
+    const ZpsPreset& preset = document.systemPresets->at(0);
+    EXPECT_EQ(preset.subtypeMask, 0x9u);
+    EXPECT_EQ(preset.flags, 0x5u);
+    EXPECT_EQ(preset.priority, 5u);
+    EXPECT_EQ(preset.parameters.at(10), -1.5);
+    const LinkLawEntry& law = preset.linkLaws.at(0);
+    EXPECT_EQ(law.SourceControlId, 1u);
+    EXPECT_EQ(law.MasterControlId, 2801u);  // the master of source 1 by default
+    EXPECT_EQ(law.masterValues, (std::vector<float>{0, 1000}));
+    EXPECT_EQ(law.targetValues, (std::vector<float>{1, 2}));
+    EXPECT_EQ(law.extraValue0, 0.5f);
+    EXPECT_EQ(preset.chunks.at(2), (std::vector<char>{0, static_cast<char>(0xFF), 0x10}));
+    EXPECT_EQ(document.user->enabledMasks.at(0).mask, 0x8u);
+}
+
+TEST(ZpsJson, WritesWhatItReadsWithDefaultsLeftOut) {
+    const Json source = Json::parse(R"({
+      "presets": [{"output_mode": 1, "sound_mode": 2, "subtypes": [4], "name": "P",
+                   "parameters": {"2": 0.1, "10": 3},
+                   "link_laws": [{"source": 0, "master": 2900, "target": 5,
+                                  "points": [[0.1, 0.3], [1000, -2.5]], "method": "Log",
+                                  "version": 0}]},
+                  {"output_mode": 3, "sound_mode": 4, "name": ""}],
+      "user": {"presets": [{"output_mode": 1, "sound_mode": 2, "name": "U", "flags": 2}]}
+    })");
+    EXPECT_EQ(Json::parse(ZpsToJson(ZpsFromJson(source)).dump()), source);
+}
+
+TEST(ZpsJson, ErrorsNameThePath) {
+    EXPECT_EQ(ErrorOf(R"({"preset": []})"), "(top): unknown key \"preset\"");
+    EXPECT_EQ(
+        ErrorOf(
+            R"({"presets": [{"output_mode": 1, "sound_mode": 1, "name": "x", "paramters": {}}]})"),
+        "presets[0]: unknown key \"paramters\"");
+    EXPECT_EQ(ErrorOf(R"({"presets": [{"output_mode": 256, "sound_mode": 1, "name": "x"}]})"),
+              "presets[0].output_mode: must be a whole number from 0 to 255");
+    EXPECT_EQ(ErrorOf(R"({"presets": [{"output_mode": -1, "sound_mode": 1, "name": "x"}]})"),
+              "presets[0].output_mode: must be a whole number from 0 to 255");
+    EXPECT_EQ(ErrorOf(R"({"presets": [{"output_mode": 1, "name": "x"}]})"),
+              "presets[0]: \"sound_mode\" is missing");
+    EXPECT_EQ(ErrorOf(R"({"presets": [{"output_mode": 1, "sound_mode": 1, "name": "x",
+                                      "parameters": {"65536": 1}}]})"),
+              "presets[0].parameters: key \"65536\" must be a whole number from 0 to 65535");
+    EXPECT_EQ(ErrorOf(R"({"presets": [{"output_mode": 1, "sound_mode": 1, "name": "x",
+                                      "parameters": {"7": "loud"}}]})"),
+              "presets[0].parameters.7: must be a number");
+    EXPECT_EQ(
+        ErrorOf(
+            R"({"presets": [{"output_mode": 1, "sound_mode": 1, "name": "x", "subtypes": [32]}]})"),
+        "presets[0].subtypes[0]: must be a whole number from 0 to 31");
+    EXPECT_EQ(ErrorOf(R"({"presets": [{"output_mode": 1, "sound_mode": 1, "name": "x",
+                                      "link_laws": [{"source": 0, "target": 1, "points": [[1]]}]}]})"),
+              "presets[0].link_laws[0].points[0]: must be [master, target]");
+    EXPECT_EQ(ErrorOf(R"({"presets": [{"output_mode": 1, "sound_mode": 1, "name": "x",
+                                      "link_laws": [{"source": 0, "target": 1, "points": [[1e39, 0]]}]}]})"),
+              "presets[0].link_laws[0].points[0][0]: does not fit in a float");
+    EXPECT_EQ(
+        ErrorOf(
+            R"({"presets": [{"output_mode": 1, "sound_mode": 1, "name": "x", "chunks": {"2": "0g"}}]})"),
+        "presets[0].chunks.2: \"0g\" is not a hexadecimal byte");
+}
+
+TEST(ZpsJson, BuildThenDumpRoundTripsTheExample) {
+    test::TempDir dir;
+    const std::string example = std::string(ZBCTL_EXAMPLES_DIR) + "/example_system.json";
+    const std::string zps = dir.File("example.zps");
+    ASSERT_EQ(test::RunZbctl("zps build " + example + " " + zps).status, 0);
+    const auto dump = test::RunZbctl("zps dump --json " + zps);
+    ASSERT_EQ(dump.status, 0);
+    EXPECT_EQ(Json::parse(dump.out), Json::parse(test::ReadFile(example)));
+    // The file that the build made is the one zbctl run uses by default.
+    EXPECT_EQ(test::ReadFile(zps),
+              test::ReadFile(std::string(ZBCTL_BUILD_EXAMPLES_DIR) + "/example_system.zps"));
+
+    const std::string broken = dir.Write("broken.json", R"({"presets": [{"output_mode": 1}]})");
+    EXPECT_EQ(test::RunZbctl("zps build " + broken + " " + dir.File("x.zps")).status, 2);
+    EXPECT_EQ(test::RunZbctl("zps dump " + broken).status, 2);
+}
+
+}  // namespace
+}  // namespace zbctl
+}  // namespace TesselFX

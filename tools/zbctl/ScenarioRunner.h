@@ -1,0 +1,84 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "HalLibrary.h"
+#include "Scenario.h"
+#include "SimulatedDsp.h"
+#include "WavFile.h"
+
+namespace TesselFX {
+namespace zbctl {
+
+/// What `zbctl run` plays, and against what.
+struct RunOptions {
+    std::string halLibrary;  ///< libzbhalcontroller.so
+    std::string config;      ///< the configuration as given
+    std::string systemPresets;
+    std::string userPresets;  ///< may be empty
+    std::string dspKit;       ///< the algorithm library of both the library and the DSP side
+    std::string scenario;     ///< scenario file
+    bool json = false;
+    std::string input;  ///< WAV to render after each step; empty for none
+    std::string output;
+    uint32_t renderInstance = 0;
+};
+
+/// Exit status of a run whose zb_initialize returned 0.
+constexpr int kExitInitializeFailed = 3;
+
+/// Plays a scenario against the library through its exported functions, as a host does, with
+/// a simulated DSP per instance behind buffer_sender, and writes a trace to out: every call
+/// with its result, every frame that reaches the DSP (opcode, size, coefficient block ids),
+/// every notification text. Not thread safe; one run per process at a time.
+class ScenarioRunner {
+  public:
+    ScenarioRunner(const RunOptions& options, std::ostream& out);
+    ~ScenarioRunner();
+    ScenarioRunner(const ScenarioRunner&) = delete;
+    ScenarioRunner& operator=(const ScenarioRunner&) = delete;
+
+    /// Runs the whole scenario and returns the exit status: 0, or kExitInitializeFailed.
+    /// Throws ZbctlError for bad input (files, scenario lines) before the library is called.
+    int Run();
+
+  private:
+    static int SendTrampoline(void* handle, uint32_t instance, const void* data, uint32_t size,
+                              void* reply, uint32_t* replySize, void* context);
+    static int NotifyTrampoline(void* handle, const void* data, uint32_t size, void* context);
+
+    int Send(uint32_t instance, const void* data, uint32_t size, void* reply, uint32_t* replySize);
+    SimulatedDsp& Dsp(uint32_t instance);
+    std::string PrepareConfig();
+    int Call(const ScenarioStep& step);
+    void BeginCall(size_t line, const std::string& text);
+    void EndCall(int result, const std::string& detail = "");
+    /// Prints the header of the call being traced, once, before its first event.
+    void FlushHeader();
+    void Note(const std::string& text);
+    void Render();
+
+    RunOptions m_options;
+    std::ostream& m_out;
+    std::unique_ptr<HalLibrary> m_library;
+    void* m_handle = nullptr;
+    std::map<uint32_t, std::unique_ptr<SimulatedDsp>> m_dsps;
+    uint32_t m_sampleRate = 48000;
+    uint32_t m_channels = 2;
+    uint32_t m_sampleSize = 4;
+    std::string m_tempConfig;
+    std::string m_pendingHeader;                  // the call being traced, text mode
+    nlohmann::ordered_json m_json;                // the JSON trace
+    nlohmann::ordered_json* m_current = nullptr;  // the call being traced, JSON mode
+    AudioBuffer m_input;
+    AudioBuffer m_output;
+};
+
+}  // namespace zbctl
+}  // namespace TesselFX

@@ -13,6 +13,7 @@
 #include "config/ZorbAudioSettings.h"
 #include "control/HalControlManager.h"
 #include "log/TesselLog.h"
+#include "protocol/ZbAocTuningProtocol.h"
 
 namespace TesselFX {
 
@@ -293,16 +294,18 @@ int zb_set_command(void* handle, uint32_t instance, char* command) {
 
 int zb_get_command(void* handle, uint32_t instance, const char* command, char* reply,
                    uint32_t replySize) {
-    return WithInstance(handle, instance,
-                        [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
-                            if (command == nullptr || reply == nullptr) {
-                                return TesselFX::RejectNull("zb_get_command", "command or reply");
-                            }
-                            const auto length = static_cast<unsigned int>(std::strlen(command) + 1);
-                            // The reply stays at least one byte short of the caller's buffer.
-                            unsigned int room = replySize == 0 ? 0 : replySize - 1;
-                            return manager.GetCommand(settings, command, length, reply, room);
-                        });
+    return WithInstance(
+        handle, instance, [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
+            if (command == nullptr || reply == nullptr) {
+                return TesselFX::RejectNull("zb_get_command", "command or reply");
+            }
+            const auto length = static_cast<unsigned int>(std::strlen(command) + 1);
+            // The reply stays one byte and one envelope header short of the
+            // caller's buffer; a buffer smaller than that leaves no room.
+            const size_t reserved = 1 + TesselFX::ZbAocTuningProtocol::HeaderSize();
+            auto room = static_cast<unsigned int>(replySize > reserved ? replySize - reserved : 0);
+            return manager.GetCommand(settings, command, length, reply, room);
+        });
 }
 
 int zb_set_linklaws_value(void* handle, uint32_t instance, uint32_t sourceIndex, double sourceValue,

@@ -2,25 +2,9 @@
 
 #include "log/TesselLog.h"
 #include "preset/BinaryPrimitives.h"
+#include "preset/ZpsFormat.h"
 
 namespace TesselFX {
-
-namespace {
-
-enum ZpsSectionId : uint8_t {
-    kSectionInformation = 1,
-    kSectionTags = 2,
-    kSectionRemarks = 3,
-    kSectionPresets = 4,
-    kSectionUserModes = 5,
-};
-
-enum ZpsItemType : uint8_t {
-    kItemParameter = 0,
-    kItemChunk = 3,
-};
-
-}  // namespace
 
 ZpsBufferReader::ZpsBufferReader(const std::shared_ptr<IPresetFactory>& presetFactory,
                                  const std::shared_ptr<IPresetSetFactory>& presetSetFactory,
@@ -71,19 +55,19 @@ bool ZpsBufferReader::ParseBuffer(const std::vector<char>& buffer, bool isUser) 
         if (sectionSize > left + 1) break;
         bool parsed = true;
         switch (sectionId) {
-            case kSectionInformation:
+            case kZpsSectionInformation:
                 parsed = ParseSectionInformation(cursor, end, isUser);
                 break;
-            case kSectionTags:
+            case kZpsSectionTags:
                 parsed = ParseSectionTags(cursor, end);
                 break;
-            case kSectionRemarks:
+            case kZpsSectionRemarks:
                 parsed = ParseSectionRemarks(cursor, end, isUser);
                 break;
-            case kSectionPresets:
+            case kZpsSectionPresets:
                 parsed = ParseSectionPresets(cursor, end);
                 break;
-            case kSectionUserModes:
+            case kZpsSectionUserModes:
                 parsed = ParseSectionUserModes(cursor, end);
                 break;
             default:
@@ -229,12 +213,12 @@ std::shared_ptr<IPreset> ZpsBufferReader::ParsePreset(const char*& cursor, const
         uint16_t valueSize = 0;
         bool ok = ReadU16(cursor, end, id) && ReadU8(cursor, end, type) &&
                   ReadU16(cursor, end, valueSize);
-        if (ok && type == kItemParameter) {
+        if (ok && type == kZpsItemParameter) {
             // A parameter value is always 8 bytes, whatever the size field says.
             double value = 0.0;
             ok = ReadF64(cursor, end, value);
             if (ok && m_excludedParameters.count(id) == 0) parameters[id] = value;
-        } else if (ok && type == kItemChunk) {
+        } else if (ok && type == kZpsItemChunk) {
             std::vector<char> bytes;
             ok = ReadBytes(cursor, end, valueSize, bytes);
             if (ok) preset->SetChunk(id, bytes);

@@ -10,12 +10,10 @@
 #include "preset/IPresetHandleFactory.h"
 #include "preset/IPresetSetFactory.h"
 #include "preset/IPresetSetReader.h"
+#include "preset/ZpsFormat.h"
 #include "preset/ZpsSectionInfo.h"
 
 namespace TesselFX {
-
-/// Magic of a preset file: the bytes "BPBZ" read as a little-endian u32.
-constexpr uint32_t kZpsMagic = 0x5A425042;
 
 /// Parses preset files ("BPBZ" format) from memory and collects their presets: sections 4
 /// give system presets, section 5 user presets and enabled subtype masks. Every read is

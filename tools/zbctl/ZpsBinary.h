@@ -4,25 +4,10 @@
 #include <vector>
 
 #include "ZpsDocument.h"
+#include "preset/ZpsFormat.h"
 
 namespace TesselFX {
 namespace zbctl {
-
-/// Magic of a preset file, the bytes "BPBZ" in file order.
-constexpr uint32_t kZpsMagic = 0x5A425042;
-
-/// Section ids of a preset file.
-enum ZpsSectionId : uint8_t {
-    kZpsSectionInformation = 1,
-    kZpsSectionTags = 2,
-    kZpsSectionRemarks = 3,
-    kZpsSectionPresets = 4,
-    kZpsSectionUserModes = 5,
-};
-
-/// Item types of a preset record.
-constexpr uint8_t kZpsItemParameter = 0;
-constexpr uint8_t kZpsItemChunk = 3;
 
 /// Writes a complete preset file: magic, total size, then the sections the document has, in
 /// id order. Throws ZbctlError when a value does not fit its field (a mode above 255 in a

@@ -1,24 +1,17 @@
 #pragma once
 
 #include "protocol/CharArrayTypeMessageData.h"
+#include "protocol/MessageWithId.h"
 
 namespace TesselFX {
 
-/// Id 7: asks for the version of a type ("dsp", "halcontroller", "dspkit"), the name in its
-/// bytes (GetText).
-class GetVersionMessageData : public CharArrayTypeMessageData {
-  public:
-    static constexpr uint32_t kId = 7;
-    using CharArrayTypeMessageData::CharArrayTypeMessageData;
-    uint32_t GetId() const override { return kId; }
-};
+/// Asks for the version of a type ("dsp", "halcontroller", "dspkit"), the name in its bytes.
+using GetVersionMessageData = MessageWithId<CharArrayTypeMessageData, 7>;
 
-/// Id 38: a version text, answering id 7.
-class UpdateVersionMessageData : public CharArrayTypeMessageData {
+/// A version text, answering GetVersionMessageData.
+class UpdateVersionMessageData : public MessageWithId<CharArrayTypeMessageData, 38> {
   public:
-    static constexpr uint32_t kId = 38;
-    using CharArrayTypeMessageData::CharArrayTypeMessageData;
-    uint32_t GetId() const override { return kId; }
+    using MessageWithId::MessageWithId;
     virtual std::string GetVersion() const { return GetText(); }
 };
 

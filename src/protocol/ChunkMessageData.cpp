@@ -25,15 +25,7 @@ bool ChunkMessageData::SetPayload(const char* data, unsigned int size) {
     }
     m_index = index;
     uint32_t length = 0;
-    if (!ReadU32(data, end, length)) {
-        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "read count fail");
-        return false;
-    }
-    const uint32_t expected = length + 8u;
-    if (expected != size) {
-        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule,
-                         "expected size %u from count %u is wrong, actual size %u", expected,
-                         length, size);
+    if (!ReadCount(data, end, length) || !CheckSizeFromCount(length + 8u, length, size)) {
         return false;
     }
     if (!ReadBytes(data, end, length, m_data)) {

@@ -1,23 +1,13 @@
 #pragma once
 
 #include "protocol/ChunkMessageData.h"
+#include "protocol/MessageWithId.h"
 
 namespace TesselFX {
 
-/// Id 5: sets a chunk.
-class SetChunkMessageData : public ChunkMessageData {
-  public:
-    static constexpr uint32_t kId = 5;
-    using ChunkMessageData::ChunkMessageData;
-    uint32_t GetId() const override { return kId; }
-};
-
-/// Id 6: a chunk, answering GetChunkMessageData of the same id.
-class ReplyChunkMessageData : public ChunkMessageData {
-  public:
-    static constexpr uint32_t kId = 6;
-    using ChunkMessageData::ChunkMessageData;
-    uint32_t GetId() const override { return kId; }
-};
+/// Sets a chunk.
+using SetChunkMessageData = MessageWithId<ChunkMessageData, 5>;
+/// A chunk, answering GetChunkMessageData of the same id.
+using ReplyChunkMessageData = MessageWithId<ChunkMessageData, 6>;
 
 }  // namespace TesselFX

@@ -39,4 +39,52 @@ int MessageData::GetMessageId(const std::string& frame) {
     return GetMessageId(frame.data(), static_cast<unsigned int>(frame.size()));
 }
 
+bool MessageData::CheckExactSize(unsigned int expected, unsigned int size) {
+    if (size != expected) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "expected size %u is wrong, actual size %u", expected,
+                         size);
+        return false;
+    }
+    return true;
+}
+
+bool MessageData::CheckSizeFromCount(uint32_t expected, uint32_t count, unsigned int size) {
+    if (size != expected) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule,
+                         "expected size %u from count %u is wrong, actual size %u", expected, count,
+                         size);
+        return false;
+    }
+    return true;
+}
+
+bool MessageData::ReadCount(const char*& cursor, const char* end, uint32_t& count) {
+    if (!ReadU32(cursor, end, count)) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "read count fail");
+        return false;
+    }
+    return true;
+}
+
+bool MessageData::ReadSizedArray(const char*& cursor, const char* end, uint32_t fixedSize,
+                                 unsigned int payloadSize, std::vector<char>& out) {
+    uint32_t length = 0;
+    if (!ReadU32(cursor, end, length)) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "read size fail");
+        return false;
+    }
+    const uint32_t expected = length + fixedSize;
+    if (expected != payloadSize) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule,
+                         "expected total size %u from size %u is wrong, actual size %u", expected,
+                         length, payloadSize);
+        return false;
+    }
+    if (!ReadBytes(cursor, end, length, out)) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "read array fail");
+        return false;
+    }
+    return true;
+}
+
 }  // namespace TesselFX

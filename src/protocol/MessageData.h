@@ -29,6 +29,21 @@ class MessageData {
     /// outside 1 to kMaxMessageId.
     static int GetMessageId(const char* data, unsigned int size);
     static int GetMessageId(const std::string& frame);
+
+  protected:
+    // Checks shared by the payload readers; each logs its failure.
+
+    /// size must be expected.
+    static bool CheckExactSize(unsigned int expected, unsigned int size);
+    /// size must be expected, the size that a count read from the payload gives (computed in
+    /// 32 bits, so a wrapped product is what is compared).
+    static bool CheckSizeFromCount(uint32_t expected, uint32_t count, unsigned int size);
+    /// Reads a u32 count; "read count fail" when it is missing.
+    static bool ReadCount(const char*& cursor, const char* end, uint32_t& count);
+    /// Reads a u32 length and that many bytes into out; the bytes must end the payload of
+    /// payloadSize bytes, of which fixedSize are not the bytes.
+    static bool ReadSizedArray(const char*& cursor, const char* end, uint32_t fixedSize,
+                               unsigned int payloadSize, std::vector<char>& out);
 };
 
 }  // namespace TesselFX

@@ -27,26 +27,7 @@ std::vector<char> MultipleMessageData::GetPayload() const {
 bool MultipleMessageData::SetPayload(const char* data, unsigned int size) {
     m_data.clear();
     const char* end = data + size;
-    if (!m_header.Read(data, end)) {
-        return false;
-    }
-    uint32_t length = 0;
-    if (!ReadU32(data, end, length)) {
-        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "read size fail");
-        return false;
-    }
-    const uint32_t expected = length + kHeaderSize;
-    if (expected != size) {
-        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule,
-                         "expected total size %u from size %u is wrong, actual size %u", expected,
-                         length, size);
-        return false;
-    }
-    if (!ReadBytes(data, end, length, m_data)) {
-        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "read array fail");
-        return false;
-    }
-    return true;
+    return m_header.Read(data, end) && ReadSizedArray(data, end, kHeaderSize, size, m_data);
 }
 
 bool MultipleMessageData::Split(unsigned int sessionId, unsigned int splitSize,

@@ -34,16 +34,8 @@ bool ParameterArrayMessageData::SetPayload(const char* data, unsigned int size) 
     m_parameters.clear();
     const char* end = data + size;
     uint32_t count = 0;
-    if (!ReadU32(data, end, count)) {
-        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "read count fail");
-        return false;
-    }
-    // 32-bit arithmetic: a count that wraps the product passes here and fails on the reads.
-    const uint32_t expected = 4u + kEntrySize * count;
-    if (expected != size) {
-        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule,
-                         "expected size %u from count %u is wrong, actual size %u", expected, count,
-                         size);
+    // A count that wraps the 32-bit product passes the size check and fails on the reads.
+    if (!ReadCount(data, end, count) || !CheckSizeFromCount(4u + kEntrySize * count, count, size)) {
         return false;
     }
     for (uint32_t i = 0; i < count; ++i) {

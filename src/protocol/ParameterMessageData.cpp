@@ -1,6 +1,5 @@
 #include "protocol/ParameterMessageData.h"
 
-#include "log/TesselLog.h"
 #include "preset/BinaryPrimitives.h"
 
 namespace TesselFX {
@@ -19,9 +18,7 @@ std::vector<char> ParameterMessageData::GetPayload() const {
 }
 
 bool ParameterMessageData::SetPayload(const char* data, unsigned int size) {
-    if (size != kPayloadSize) {
-        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "expected size %u is wrong, actual size %u",
-                         kPayloadSize, size);
+    if (!CheckExactSize(kPayloadSize, size)) {
         return false;
     }
     const char* end = data + size;

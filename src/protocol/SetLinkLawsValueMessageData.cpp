@@ -1,6 +1,5 @@
 #include "protocol/SetLinkLawsValueMessageData.h"
 
-#include "log/TesselLog.h"
 #include "preset/BinaryPrimitives.h"
 
 namespace TesselFX {
@@ -20,9 +19,7 @@ std::vector<char> SetLinkLawsValueMessageData::GetPayload() const {
 }
 
 bool SetLinkLawsValueMessageData::SetPayload(const char* data, unsigned int size) {
-    if (size != kPayloadSize) {
-        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "expected size %u is wrong, actual size %u",
-                         kPayloadSize, size);
+    if (!CheckExactSize(kPayloadSize, size)) {
         return false;
     }
     const char* end = data + size;

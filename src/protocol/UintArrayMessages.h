@@ -1,23 +1,13 @@
 #pragma once
 
+#include "protocol/MessageWithId.h"
 #include "protocol/UintArrayTypeMessageData.h"
 
 namespace TesselFX {
 
-/// Id 11: asks for many parameters.
-class GetParameterArrayMessageData : public UintArrayTypeMessageData {
-  public:
-    static constexpr uint32_t kId = 11;
-    using UintArrayTypeMessageData::UintArrayTypeMessageData;
-    uint32_t GetId() const override { return kId; }
-};
-
-/// Id 33: asks for many link-law source values.
-class RequestLinkLawsSourceParameterArrayMessageData : public UintArrayTypeMessageData {
-  public:
-    static constexpr uint32_t kId = 33;
-    using UintArrayTypeMessageData::UintArrayTypeMessageData;
-    uint32_t GetId() const override { return kId; }
-};
+/// Asks for many parameters.
+using GetParameterArrayMessageData = MessageWithId<UintArrayTypeMessageData, 11>;
+/// Asks for many link-law source values.
+using RequestLinkLawsSourceParameterArrayMessageData = MessageWithId<UintArrayTypeMessageData, 33>;
 
 }  // namespace TesselFX

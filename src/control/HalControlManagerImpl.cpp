@@ -1,6 +1,7 @@
 #include "control/HalControlManagerImpl.h"
 
 #include "log/TesselLog.h"
+#include "preset/LinkLawEntry.h"
 
 namespace TesselFX {
 
@@ -378,38 +379,106 @@ bool HalControlManagerImpl::IsFeatureSupported(const char* feature) {
     return m_supportedFeatures.count(feature) != 0;
 }
 
-bool HalControlManagerImpl::SetLinkLawsValue(const zorbaudio_settings_t*, unsigned int, double,
-                                             double) {
+bool HalControlManagerImpl::SetLinkLawsValue(const zorbaudio_settings_t* settings,
+                                             unsigned int sourceIndex, double sourceValue,
+                                             double masterValue) {
     Entering(
         "virtual bool TesselFX::HalControlManagerImpl::SetLinkLawsValue(const "
         "zorbaudio_settings_t *, unsigned int, double, double)");
-    return NotAvailable("SetLinkLawsValue");
+    TESSEL_LOG(1, TESSEL_LOG_FXModule, "%s %u %lf %lf", "SetLinkLawsValue", sourceIndex,
+               sourceValue, masterValue);
+    HandlerList handlers;
+    if (!SelectControlHandlers(settings, handlers)) {
+        return false;
+    }
+    // The handler's link laws run on the master value; the source's own value is what the
+    // manager remembers and announces.
+    bool result = true;
+    for (const auto& handler : handlers) {
+        if (!handler->SetLinkLawsValue(sourceIndex, masterValue)) {
+            result = false;
+            continue;
+        }
+        m_linkLawSourceValues[handler][sourceIndex] = sourceValue;
+        NotifyLinkLawSourceValueChanged(handler, sourceIndex, sourceValue);
+    }
+    return result;
 }
 
-bool HalControlManagerImpl::GetLinkLawsSourceValue(const zorbaudio_settings_t*, unsigned int,
-                                                   double&) {
+bool HalControlManagerImpl::GetLinkLawsSourceValue(const zorbaudio_settings_t* settings,
+                                                   unsigned int sourceIndex, double& value) {
     Entering(
         "virtual bool TesselFX::HalControlManagerImpl::GetLinkLawsSourceValue(const "
         "zorbaudio_settings_t *, unsigned int, double &)");
-    return NotAvailable("GetLinkLawsSourceValue");
+    std::map<unsigned int, double> values;
+    GetLinkLawsSourceValues(settings, {sourceIndex}, values);
+    const auto found = values.find(sourceIndex);
+    if (found == values.end()) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "sourceIndex %u is found", sourceIndex);
+        return false;
+    }
+    value = found->second;
+    return true;
 }
 
-bool HalControlManagerImpl::GetLinkLawsSourceValues(const zorbaudio_settings_t*,
-                                                    const std::vector<unsigned int>&,
-                                                    std::map<unsigned int, double>&) {
+bool HalControlManagerImpl::GetLinkLawsSourceValues(const zorbaudio_settings_t* settings,
+                                                    const std::vector<unsigned int>& ids,
+                                                    std::map<unsigned int, double>& values) {
     Entering(
         "virtual bool TesselFX::HalControlManagerImpl::GetLinkLawsSourceValues(const "
         "zorbaudio_settings_t *, const std::vector<unsigned int> &, std::map<unsigned int, "
         "double> &)");
-    return NotAvailable("GetLinkLawsSourceValues");
+    HandlerList handlers;
+    if (!SelectControlHandlers(settings, handlers)) {
+        return false;
+    }
+    values.clear();
+    const auto stored = m_linkLawSourceValues.find(handlers.front());
+    if (stored == m_linkLawSourceValues.end()) {
+        return true;
+    }
+    for (unsigned int id : ids) {
+        const auto found = stored->second.find(id);
+        if (found != stored->second.end()) {
+            values[id] = found->second;
+        }
+    }
+    return true;
 }
 
-bool HalControlManagerImpl::GetLinkLawsParametersArray(const zorbaudio_settings_t*,
-                                                       std::map<unsigned int, double>&) {
+bool HalControlManagerImpl::GetLinkLawsParametersArray(const zorbaudio_settings_t* settings,
+                                                       std::map<unsigned int, double>& values) {
     Entering(
         "virtual bool TesselFX::HalControlManagerImpl::GetLinkLawsParametersArray(const "
         "zorbaudio_settings_t *, std::map<unsigned int, double> &)");
-    return NotAvailable("GetLinkLawsParametersArray");
+    HandlerList handlers;
+    if (!SelectControlHandlers(settings, handlers)) {
+        return false;
+    }
+    for (const auto& handler : handlers) {
+        std::vector<LinkLawEntry> entries;
+        if (!handler->GetLinkLawEntries(entries)) {
+            continue;
+        }
+        std::vector<unsigned int> ids;
+        for (const LinkLawEntry& entry : entries) {
+            ids.push_back(entry.SourceControlId);
+            ids.push_back(entry.TargetParamId);
+        }
+        if (ids.empty()) {
+            return true;
+        }
+        std::vector<unsigned int> foundIds;
+        std::vector<double> found;
+        if (handler->GetParametersArray(ids, foundIds, found)) {
+            for (size_t i = 0; i < foundIds.size() && i < found.size(); ++i) {
+                values[foundIds[i]] = found[i];
+            }
+            return true;
+        }
+    }
+    TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "no linklaws is valid");
+    return false;
 }
 
 bool HalControlManagerImpl::SetChunk(const zorbaudio_settings_t* settings, unsigned int index,
@@ -528,19 +597,53 @@ bool HalControlManagerImpl::GetMeters(const zorbaudio_settings_t* settings,
         "fail to get meters");
 }
 
-bool HalControlManagerImpl::SetFullPresetFromTuning(const zorbaudio_settings_t*,
-                                                    const TesselTuning::FullPreset&, bool) {
+bool HalControlManagerImpl::SetFullPresetFromTuning(const zorbaudio_settings_t* settings,
+                                                    const TesselTuning::FullPreset& preset,
+                                                    bool notify) {
     Entering(
         "virtual bool TesselFX::HalControlManagerImpl::SetFullPresetFromTuning(const "
         "zorbaudio_settings_t *, const TesselTuning::FullPreset &, bool)");
-    return NotAvailable("SetFullPresetFromTuning");
+    HandlerList handlers;
+    if (!SelectControlHandlers(settings, handlers)) {
+        return false;
+    }
+    for (const auto& handler : handlers) {
+        if (!handler->SetFullPresetFromTuning(preset)) {
+            TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "Failed to set fullPreset");
+            return false;
+        }
+    }
+    if (notify) {
+        NotifyCurrentSystemPreset(handlers.front());
+    }
+    return true;
 }
 
-bool HalControlManagerImpl::GetFullPreset(const zorbaudio_settings_t*, TesselTuning::FullPreset&) {
+bool HalControlManagerImpl::GetFullPreset(const zorbaudio_settings_t* settings,
+                                          TesselTuning::FullPreset&) {
     Entering(
         "virtual bool TesselFX::HalControlManagerImpl::GetFullPreset(const zorbaudio_settings_t "
         "*, TesselTuning::FullPreset &)");
-    return NotAvailable("GetFullPreset");
+    HandlerList handlers;
+    if (!SelectControlHandlers(settings, handlers)) {
+        return false;
+    }
+    // The answer travels as a notification, not in the argument.
+    NotifyCurrentSystemPreset(handlers.front());
+    return true;
+}
+
+TesselTuning::FullPreset HalControlManagerImpl::MakeFullPreset(
+    const std::shared_ptr<IControlHandler>& handler) {
+    TesselTuning::FullPreset preset;
+    preset.hasParameters = handler->GetParametersArray(preset.parameters);
+    preset.hasLlChunk = handler->GetChunk(ZBAC_LINKLAWS, preset.llChunk);
+    preset.hasLlSources = true;
+    const auto sources = m_linkLawSourceValues.find(handler);
+    if (sources != m_linkLawSourceValues.end()) {
+        preset.llSources = sources->second;
+    }
+    return preset;
 }
 
 bool HalControlManagerImpl::RegisterNotifier(const zorbaudio_settings_t*,
@@ -563,6 +666,14 @@ void HalControlManagerImpl::NotifyLinkLawSourceValueChanged(
         return;
     }
     NotAvailable("NotifyLinkLawSourceValueChanged");
+}
+
+void HalControlManagerImpl::NotifyCurrentSystemPreset(
+    const std::shared_ptr<IControlHandler>& handler) {
+    if (!GetNotifier(handler)) {
+        return;
+    }
+    NotAvailable("NotifyCurrentSystemPreset");
 }
 
 }  // namespace TesselFX

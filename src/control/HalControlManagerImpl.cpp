@@ -15,6 +15,22 @@ void Entering(const char* prettyName) {
     TESSEL_LOG(0, TESSEL_LOG_FXModule, "Entering function %s", prettyName);
 }
 
+/// The id form of a handler's parameter read; on success every pair found goes into
+/// parameters, overwriting.
+bool ReadParameters(IControlHandler& handler, const std::vector<unsigned int>& ids,
+                    std::map<unsigned int, double>& parameters) {
+    std::vector<unsigned int> requested = ids;
+    std::vector<unsigned int> foundIds;
+    std::vector<double> values;
+    if (!handler.GetParametersArray(requested, foundIds, values)) {
+        return false;
+    }
+    for (size_t i = 0; i < foundIds.size() && i < values.size(); ++i) {
+        parameters[foundIds[i]] = values[i];
+    }
+    return true;
+}
+
 /// An operation whose behaviour is not part of this library yet.
 bool NotAvailable(const char* operation) {
     TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s is not available", operation);
@@ -326,13 +342,7 @@ bool HalControlManagerImpl::GetParametersArray(const zorbaudio_settings_t* setti
             }
             continue;
         }
-        std::vector<unsigned int> requested = ids;
-        std::vector<unsigned int> foundIds;
-        std::vector<double> values;
-        if (handler->GetParametersArray(requested, foundIds, values)) {
-            for (size_t i = 0; i < foundIds.size() && i < values.size(); ++i) {
-                parameters[foundIds[i]] = values[i];
-            }
+        if (ReadParameters(*handler, ids, parameters)) {
             return true;
         }
     }
@@ -468,12 +478,7 @@ bool HalControlManagerImpl::GetLinkLawsParametersArray(const zorbaudio_settings_
         if (ids.empty()) {
             return true;
         }
-        std::vector<unsigned int> foundIds;
-        std::vector<double> found;
-        if (handler->GetParametersArray(ids, foundIds, found)) {
-            for (size_t i = 0; i < foundIds.size() && i < found.size(); ++i) {
-                values[foundIds[i]] = found[i];
-            }
+        if (ReadParameters(*handler, ids, values)) {
             return true;
         }
     }

@@ -131,27 +131,14 @@ bool TuningPreset::GetParameter(unsigned int id, double& value) {
 
 bool TuningPreset::GetParameterArray(const std::vector<unsigned int>& ids,
                                      std::vector<double>& values, bool mustFindAll) {
-    const auto& parameters = ParametersInForce();
-    values.resize(ids.size());
-    bool foundAll = true;
-    bool foundOne = false;
-    for (size_t i = 0; i < ids.size(); ++i) {
-        const auto found = parameters.find(ids[i]);
-        if (found == parameters.end()) {
-            TESSEL_LOG(3, TESSEL_LOG_FXModule, "GetParameterArray: Could not find parameter %u",
-                       ids[i]);
-            foundAll = false;
-            continue;
-        }
-        values[i] = found->second;
-        foundOne = true;
-    }
-    const bool result = mustFindAll ? foundAll : foundOne;
+    const ParameterLookup lookup = LookUpParameters(ParametersInForce(), ids, values);
+    const bool result = mustFindAll ? lookup.foundAll : lookup.foundOne;
     if (!result) {
         TESSEL_LOG_ERROR(
             TESSEL_LOG_FXModule,
             "GetParameterArray mustFindAll %d bFoundAllParameters %d bAtLeastOneFound %d ret False",
-            static_cast<int>(mustFindAll), static_cast<int>(foundAll), static_cast<int>(foundOne));
+            static_cast<int>(mustFindAll), static_cast<int>(lookup.foundAll),
+            static_cast<int>(lookup.foundOne));
     }
     return result;
 }

@@ -44,40 +44,6 @@ int RecordingSender(void* handle, uint32_t instance, const void* data, uint32_t 
     return 0;
 }
 
-/// A coefficient block of the stand-in library: id, 16, then the inputs of its group.
-std::string Block(uint32_t id, const std::map<unsigned, float>& inputs) {
-    std::string out;
-    PutU32(out, id);
-    PutU32(out, 16);
-    for (unsigned i = 0; i < 16; ++i) {
-        auto found = inputs.find(i);
-        PutF32(out, found == inputs.end() ? 0.0f : found->second);
-    }
-    return out;
-}
-
-/// A set-coefficients frame: opcode 1, payload length, the blocks.
-std::string Frame(const std::vector<std::string>& blocks) {
-    std::string payload;
-    for (const std::string& block : blocks) payload += block;
-    std::string out;
-    PutU32(out, 1);
-    PutU32(out, static_cast<uint32_t>(payload.size()));
-    return out + payload;
-}
-
-PresetRecord Preset(uint32_t om, uint32_t sm, uint32_t mask, uint32_t priority,
-                    std::map<unsigned, double> parameters) {
-    PresetRecord record;
-    record.outputMode = om;
-    record.soundMode = sm;
-    record.subtypeMask = mask;
-    record.priority = priority;
-    record.name = "p" + std::to_string(om) + std::to_string(sm) + std::to_string(mask);
-    record.parameters = std::move(parameters);
-    return record;
-}
-
 /// Music (1,1) with two sub presets, Movie (1,2), Game (2,1) with parameter 1 at 0.5, Big (3,1)
 /// with 300 blocks, Laws (4,1) where source 0 drives parameter 1038.
 std::string SystemPresets() {

@@ -256,12 +256,19 @@ TEST_F(BringupTest, ControlLineSettingsSelectTheHandlers) {
                                       "Headset=DEV:4,SR:rates,PRESET:Movie,INSTANCE:2,ROUTE:AUTO"));
     ASSERT_EQ(Init(config), 1);
 
-    // The handlers share one library: Headset, made first in key order, primed parameter 1
-    // there, so Speaker's priming of the same value left it no block for it.
+    // Each control has its own model of the effect: parameter 1, in both presets, is in the
+    // first full send of each control and again after each wake-up.
+    const Frames headset{Frame({Block(4096, {{1, 0.0f}}), Block(4161, {{14, 4.0f}})})};
+    const Frames speaker{
+        Frame({Block(4096, {{1, 0.0f}}), Block(4158, {{14, 1.0f}}), Block(4159, {{14, 3.0f}})})};
     ASSERT_EQ(zb_set_parameter(m_handle, 2, 1054, 4.0), 1);
-    EXPECT_EQ(Take(2), Frames{Frame({Block(4096, {{1, 0.0f}}), Block(4161, {{14, 4.0f}})})});
+    EXPECT_EQ(Take(2), headset);
     ASSERT_EQ(zb_set_parameter(m_handle, 1, 1022, 3.0), 1);
-    EXPECT_EQ(Take(1), Frames{Frame({Block(4158, {{14, 1.0f}}), Block(4159, {{14, 3.0f}})})});
+    EXPECT_EQ(Take(1), speaker);
+    ASSERT_EQ(zb_on_dsp_wakeup(m_handle, 1), 1);
+    EXPECT_EQ(Take(1), speaker);
+    ASSERT_EQ(zb_on_dsp_wakeup(m_handle, 2), 1);
+    EXPECT_EQ(Take(2), headset);
 
     EXPECT_EQ(zb_set_parameter(m_handle, 3, 1022, 3.0), 0);
     EXPECT_EQ(zb_set_active(m_handle, 2, 1, 1), 0);

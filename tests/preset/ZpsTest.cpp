@@ -334,6 +334,15 @@ TEST(ZpsReader, LoadsBothFilesFromDisk) {
     EXPECT_NE(emptyUser.Read(), nullptr);
     EXPECT_TRUE(capture.Has(1, "the size of user zps is 0"));
 
+    // A device has no size to seek to: as an empty user file it is fine, as a system file not.
+    capture.Clear();
+    ZpsReader deviceUser = factories(base + "/system.zps", "/dev/null");
+    EXPECT_NE(deviceUser.Read(), nullptr);
+    EXPECT_TRUE(capture.Has(1, "the size of user zps is 0"));
+    ZpsReader deviceSystem = factories("/dev/null", "");
+    EXPECT_EQ(deviceSystem.Read(), nullptr);
+    EXPECT_TRUE(capture.Has(4, "LoadFile: /dev/null size = 0"));
+
     ZpsReader missingUser = factories(base + "/system.zps", base + "/none.zps");
     EXPECT_EQ(missingUser.Read(), nullptr);
     EXPECT_TRUE(

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -29,6 +30,8 @@ struct Sent {
 struct Host {
     std::vector<Sent> sent;
     std::string versionReply;
+    /// Called once, with the handle, from inside the next set-coefficients send.
+    std::function<void(void*)> reenter;
 };
 
 int RecordingSender(void* handle, uint32_t instance, const void* data, uint32_t size, void* reply,
@@ -40,6 +43,10 @@ int RecordingSender(void* handle, uint32_t instance, const void* data, uint32_t 
         if (replySize == nullptr || *replySize < host->versionReply.size()) return -1;
         std::memcpy(reply, host->versionReply.data(), host->versionReply.size());
         *replySize = static_cast<uint32_t>(host->versionReply.size());
+    } else if (host->reenter) {
+        std::function<void(void*)> reenter;
+        reenter.swap(host->reenter);
+        reenter(handle);
     }
     return 0;
 }
@@ -180,6 +187,31 @@ TEST_F(BringupTest, FramesStayWithin16000BytesInAscendingCoefficientId) {
     EXPECT_EQ(frames[0].size(), 15992u);
     EXPECT_EQ(frames[1].size(), 8u + 79 * 72);
     EXPECT_EQ(frames, (Frames{Frame(first), Frame(second)}));
+}
+
+TEST_F(BringupTest, ACallFromTheSenderBetweenTwoFramesLeavesTheDspInStep) {
+    ASSERT_EQ(Init(), 1);
+    ASSERT_EQ(zb_set_active(m_handle, 1, 1, 2), 1);
+    Take();
+    // 300 parameters in 300 blocks: two frames. From inside the first, the host sets the
+    // last parameter, which the second frame, built before, carries with its older value.
+    std::vector<uint32_t> ids;
+    for (unsigned g = 0; g < 300; ++g) ids.push_back(1006 + 16 * g);
+    const std::vector<double> values(300, 5.5);
+    m_host.reenter = [](void* handle) { EXPECT_EQ(zb_set_parameter(handle, 1, 5790, 7.0), 1); };
+    ASSERT_EQ(zb_set_parameters_array(m_handle, 1, 300, ids.data(), values.data()), 1);
+
+    std::vector<std::string> first, second, fullFirst{Block(4096, {{1, 0.0f}})}, fullSecond;
+    for (unsigned g = 0; g < 300; ++g) {
+        (g < 222 ? first : second).push_back(Block(4158 + g, {{14, 5.5f}}));
+        (g < 221 ? fullFirst : fullSecond)
+            .push_back(Block(4158 + g, {{14, g == 299 ? 7.0f : 5.5f}}));
+    }
+    // After the outer call's second frame the whole model goes again, 7.0 included.
+    EXPECT_EQ(Take(), (Frames{Frame(first), Frame({Block(4457, {{14, 7.0f}})}), Frame(second),
+                              Frame(fullFirst), Frame(fullSecond)}));
+    ASSERT_EQ(zb_set_parameter(m_handle, 1, 5790, 7.0), 1);
+    EXPECT_TRUE(Take().empty());
 }
 
 TEST_F(BringupTest, VolumeAndOrientationSelectSubPresets) {

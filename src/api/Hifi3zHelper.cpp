@@ -1,5 +1,7 @@
 #include "api/Hifi3zHelper.h"
 
+#include <utility>
+
 #include "config/OrientationPolicy.h"
 #include "config/VolumePolicy.h"
 #include "config/VolumeTableHelper.h"
@@ -12,6 +14,24 @@
 #include "preset/SystemVolumeToMasterValueConverter.h"
 
 namespace TesselFX {
+
+namespace {
+
+/// Initialises an effect for the configured stream format; null after the log line when the
+/// library refuses.
+std::shared_ptr<IZorbEffectWrapper> InitializeForStream(std::shared_ptr<IZorbEffectWrapper> effect,
+                                                        const Hifi3zHalControlConfig& config) {
+    if (!effect || !effect->Initialize(static_cast<unsigned>(config.GetAudioFormatSampleRate()),
+                                       static_cast<unsigned>(config.GetAudioFormatChannels()),
+                                       static_cast<unsigned>(config.GetAudioFormatSampleSize()))) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule,
+                         "Hifi3zHelper::BuildAndInitZorbEffect failed to initialize ZorbEffect");
+        return nullptr;
+    }
+    return effect;
+}
+
+}  // namespace
 
 ControlHandlerMap Hifi3zHelper::MakeControlHandlers(const std::shared_ptr<IDspBufferSender>& sender,
                                                     const Hifi3zHalControlConfig& config,
@@ -28,13 +48,22 @@ ControlHandlerMap Hifi3zHelper::MakeControlHandlers(const std::shared_ptr<IDspBu
                          "Hifi3zHelper::MakeControlHandlers failed to initialize ZorbEffect");
         return handlers;
     }
+    // Each control drives a DSP instance of its own, so each has its own host model of the
+    // effect over the one loaded library: the first control takes the effect just built.
+    std::shared_ptr<IZorbEffectWrapper> unused = zorbEffect;
+    const auto loaded = std::dynamic_pointer_cast<ZorbEffectWrapper>(zorbEffect);
     for (const auto& control : config.GetControls()) {
-        auto converter = std::make_shared<ZorbEffectCoefsConverter>(zorbEffect);
+        std::shared_ptr<IZorbEffectWrapper> effect = std::move(unused);
+        if (!effect && loaded) effect = InitializeForStream(loaded->NewEffect(), config);
+        if (!effect) {
+            continue;
+        }
+        auto converter = std::make_shared<ZorbEffectCoefsConverter>(effect);
         if (!converter->InitCheck()) {
             continue;
         }
         auto generator = std::make_shared<Hifi3ControlBufferGenerator>(converter);
-        auto parser = std::make_shared<Hifi3ReplyBufferParser>(zorbEffect);
+        auto parser = std::make_shared<Hifi3ReplyBufferParser>(effect);
         const std::shared_ptr<IControlDescription>& description = control.second;
         if (!description) {
             continue;
@@ -52,17 +81,9 @@ ControlHandlerMap Hifi3zHelper::MakeControlHandlers(const std::shared_ptr<IDspBu
 
 std::shared_ptr<IZorbEffectWrapper> Hifi3zHelper::BuildAndInitZorbEffect(
     const Hifi3zHalControlConfig& config) {
-    std::shared_ptr<IZorbEffectWrapper> zorbEffect =
-        ZorbEffectWrapper::Create(config.GetDspKitPath64(), ZorbEffectWrapper::kHelperLoadFlags);
-    if (!zorbEffect ||
-        !zorbEffect->Initialize(static_cast<unsigned>(config.GetAudioFormatSampleRate()),
-                                static_cast<unsigned>(config.GetAudioFormatChannels()),
-                                static_cast<unsigned>(config.GetAudioFormatSampleSize()))) {
-        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule,
-                         "Hifi3zHelper::BuildAndInitZorbEffect failed to initialize ZorbEffect");
-        return nullptr;
-    }
-    return zorbEffect;
+    return InitializeForStream(
+        ZorbEffectWrapper::Create(config.GetDspKitPath64(), ZorbEffectWrapper::kHelperLoadFlags),
+        config);
 }
 
 bool Hifi3zHelper::GetDspKitVersion(const Hifi3zHalControlConfig& config, std::string& version) {

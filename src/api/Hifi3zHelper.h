@@ -16,9 +16,10 @@ namespace TesselFX {
 class Hifi3zHelper {
   public:
     /// One Hifi3zControlHandler per control of the configuration, keyed by its description.
-    /// The handlers share the preset set, the policies and one algorithm library wrapper, and
-    /// each has its own converter, generator, reply parser, volume table helper and master
-    /// value converter. Empty when the library cannot be loaded and initialised.
+    /// The handlers share the preset set, the policies and the loaded algorithm library; each
+    /// has its own host model of the effect (a wrapper with its own effect buffer), converter,
+    /// generator, reply parser, volume table helper and master value converter. Empty when the
+    /// library cannot be loaded and initialised.
     static ControlHandlerMap MakeControlHandlers(const std::shared_ptr<IDspBufferSender>& sender,
                                                  const Hifi3zHalControlConfig& config,
                                                  const std::shared_ptr<IPresetSet>& presetSet);

@@ -1,5 +1,7 @@
 #include "control/HalControlManagerImpl.h"
 
+#include <cstring>
+
 #include "log/TesselLog.h"
 #include "preset/LinkLawEntry.h"
 
@@ -35,6 +37,32 @@ bool ReadParameters(IControlHandler& handler, const std::vector<unsigned int>& i
 bool NotAvailable(const char* operation) {
     TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s is not available", operation);
     return false;
+}
+
+/// Ids above this one name custom actions of the configuration.
+constexpr int kLastReservedDataId = 255;
+constexpr int kSetParameterArrayDataId = 8;
+
+/// A fixed data id: the label of its messages and its exact payload size (0: no payload).
+struct DataCommand {
+    const char* name;
+    unsigned int size;
+};
+
+/// Indexed by data id. Id 6 carries id 5's label in its messages.
+constexpr DataCommand kDataCommands[] = {
+    {"SET_VOLUME", 8},          {"SET_ORIENTATION", 4}, {"SET_ACTIVE", 8},
+    {"SET_OUTPUT_MODE", 4},     {"SET_SOUND_MODE", 4},  {"SET_ENABLE", 1},
+    {"SET_ENABLE", 1},          {"SET_PARAMETER", 16},  {"SET_PARAMETER_ARRAY", 0},
+    {"SET_LINKLAWS_VALUE", 24}, {"WAIT_FOR_FLUSH", 0},  {"FLUSH", 0},
+    {"ON_DSP_WAKEUP", 0}};
+
+/// A value of the caller's native byte order at offset, from a buffer of any alignment.
+template <typename T>
+T ReadData(const char* data, size_t offset) {
+    T value;
+    std::memcpy(&value, data + offset, sizeof(value));
+    return value;
 }
 
 }  // namespace
@@ -557,11 +585,86 @@ bool HalControlManagerImpl::GetVersion(const zorbaudio_settings_t* settings,
     return false;
 }
 
-bool HalControlManagerImpl::SetData(const zorbaudio_settings_t*, int, const void*, unsigned int) {
+bool HalControlManagerImpl::SetData(const zorbaudio_settings_t* settings, int id, const void* pData,
+                                    unsigned int size) {
     Entering(
         "virtual bool TesselFX::HalControlManagerImpl::SetData(const zorbaudio_settings_t *, "
         "int, const void *, unsigned int)");
-    return NotAvailable("SetData");
+    TESSEL_LOG(0, TESSEL_LOG_FXModule, "Enter function SetData %d", id);
+    if (id > kLastReservedDataId) {
+        return SetCustomAction(settings, id, pData, size);
+    }
+    if (id < 0 || id >= static_cast<int>(sizeof(kDataCommands) / sizeof(kDataCommands[0]))) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "id %d is not predefined", id);
+        return false;
+    }
+    const DataCommand& command = kDataCommands[id];
+    if (id == kSetParameterArrayDataId) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s %s is not supported", "SetData", command.name);
+        return false;
+    }
+    if (command.size == 0) {
+        if (size != 0) {
+            TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s %s size should be 0", "SetData",
+                             command.name);
+            return false;
+        }
+    } else if (pData == nullptr || size != command.size) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule,
+                         "%s %s size should be %d and pData %p should not be null", "SetData",
+                         command.name, static_cast<int>(command.size), pData);
+        return false;
+    }
+    const char* data = static_cast<const char*>(pData);
+    switch (id) {
+        case 0:
+            return SetVolume(settings, ReadData<double>(data, 0));
+        case 1:
+            return SetOrientation(settings, ReadData<int32_t>(data, 0));
+        case 2:
+            return SetActive(settings, ReadData<uint32_t>(data, 0), ReadData<uint32_t>(data, 4));
+        case 3:
+            return SetOutputMode(settings, ReadData<uint32_t>(data, 0));
+        case 4:
+            return SetSoundMode(settings, ReadData<uint32_t>(data, 0));
+        case 5:
+            return SetEnable(settings, data[0] != 0);
+        case 6:
+            return SetBypass(settings, data[0] != 0);
+        case 7:
+            return SetParameter(settings, ReadData<uint32_t>(data, 0), ReadData<double>(data, 8));
+        case 9:
+            return SetLinkLawsValue(settings, ReadData<uint32_t>(data, 0),
+                                    ReadData<double>(data, 8), ReadData<double>(data, 16));
+        case 10:
+            return WaitForFlush(settings);
+        case 11:
+            return Flush(settings);
+        default:
+            return OnDspWakeUp(settings);
+    }
+}
+
+bool HalControlManagerImpl::SetCustomAction(const zorbaudio_settings_t* settings, int id,
+                                            const void* pData, unsigned int size) {
+    const auto found = m_customActions.find(id);
+    if (found == m_customActions.end() || !found->second) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "id %d is not defined in the config", id);
+        return false;
+    }
+    if (pData == nullptr) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "invalid input: pData is nullptr");
+        return false;
+    }
+    // Whole numbers only: trailing bytes that make no number are ignored.
+    std::vector<int32_t> numbers(size / sizeof(uint32_t));
+    if (!numbers.empty()) std::memcpy(numbers.data(), pData, numbers.size() * sizeof(uint32_t));
+    const InternalAction action = found->second->GetAction(numbers);
+    if (action.id != InternalAction::kPresetSelection) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "not supported internalAction id %d", action.id);
+        return false;
+    }
+    return SetActive(settings, action.outputMode, action.soundMode);
 }
 
 bool HalControlManagerImpl::OnDspWakeUp(const zorbaudio_settings_t* settings) {

@@ -147,6 +147,9 @@ class HalControlManagerImpl : public IHalControlManager {
     bool RouteAny(const zorbaudio_settings_t* settings, const HandlerOperation& operation,
                   const std::string& failureText);
     void UnregisterVolumeChangedListeners();
+    /// The data command of a configured custom action: the numbers in pData select a mode pair.
+    bool SetCustomAction(const zorbaudio_settings_t* settings, int id, const void* pData,
+                         unsigned int size);
     std::shared_ptr<IHalNotifier> GetNotifier(const std::shared_ptr<IControlHandler>& handler);
     void NotifyLinkLawSourceValueChanged(const std::shared_ptr<IControlHandler>& handler,
                                          unsigned int sourceIndex, double value);

@@ -84,14 +84,37 @@ bool Hifi3zControlHandler::SetParametersArrayCommandImpl(
             buffers, merged, m_parametersSent) != kStatusOk) {
         return false;
     }
-    const std::shared_ptr<CommonSettings> settings = m_controlDescription->GetSettings();
-    for (const std::vector<char>& buffer : buffers) {
-        if (!m_dspBufferSender->Send(settings, buffer)) {
-            TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "SendBufferToDsp fail");
+    bool overtaken = false;
+    if (!SendBuffers(buffers, overtaken)) {
+        return false;
+    }
+    m_parametersSent = true;
+    // Frames of this send went after newer values that a call from buffer_sender sent: the
+    // DSP holds older values than the model. Send the whole model again.
+    while (overtaken) {
+        buffers.clear();
+        m_pSetParameterArrayBufferGeneratorV2->MakeSetParameterArrayBufferV2(buffers, {}, false);
+        if (!SendBuffers(buffers, overtaken)) {
             return false;
         }
     }
-    m_parametersSent = true;
+    return true;
+}
+
+bool Hifi3zControlHandler::SendBuffers(const std::vector<std::vector<char>>& buffers,
+                                       bool& overtaken) {
+    const unsigned int send = ++m_sendsBegun;
+    overtaken = false;
+    const std::shared_ptr<CommonSettings> settings = m_controlDescription->GetSettings();
+    for (size_t i = 0; i < buffers.size(); ++i) {
+        if (!m_dspBufferSender->Send(settings, buffers[i])) {
+            TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "SendBufferToDsp fail");
+            return false;
+        }
+        if (i + 1 < buffers.size() && m_sendsBegun != send) {
+            overtaken = true;
+        }
+    }
     return true;
 }
 

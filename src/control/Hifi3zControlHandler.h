@@ -3,6 +3,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "control/ControlHandler.h"
 #include "dsp/ISetParameterArrayBufferGeneratorV2.h"
@@ -54,6 +55,16 @@ class Hifi3zControlHandler : public ControlHandler {
   protected:
     std::shared_ptr<ISetParameterArrayBufferGeneratorV2> m_pSetParameterArrayBufferGeneratorV2;
     bool m_parametersSent = false;
+
+  private:
+    /// Sends the frames in order; false after the log line at the first that fails.
+    /// overtaken tells whether a send made from inside buffer_sender went before frames of
+    /// these that were still to go.
+    bool SendBuffers(const std::vector<std::vector<char>>& buffers, bool& overtaken);
+
+    /// Counts the frame sends begun, so that a send can tell that another one ran from inside
+    /// its own buffer_sender calls.
+    unsigned int m_sendsBegun = 0;
 };
 
 }  // namespace TesselFX

@@ -1,6 +1,7 @@
 #include "dsp/ZorbEffectWrapper.h"
 
 #include <functional>
+#include <utility>
 
 #include "dsp/ZorbEffectLog.h"
 
@@ -56,17 +57,26 @@ std::shared_ptr<IZorbEffectWrapper> ZorbEffectWrapper::Create(const std::string&
     return wrapper;
 }
 
-ZorbEffectWrapper::ZorbEffectWrapper(const std::string& path, int flags) : m_loader(path, flags) {
-    if (!m_loader.IsLoaded()) {
+ZorbEffectWrapper::ZorbEffectWrapper(const std::string& path, int flags) {
+    auto loader = std::make_shared<LibraryLoader>(path, flags);
+    if (!loader->IsLoaded()) {
         ZorbEffectLogError("ZorbEffectWrapper: %s load error", path.c_str());
-        return;
+    } else {
+        for (const char* name : kEntryPoints) loader->Resolve(name);
     }
-    for (const char* name : kEntryPoints) m_loader.Resolve(name);
+    m_loader = loader;
+}
+
+ZorbEffectWrapper::ZorbEffectWrapper(std::shared_ptr<const LibraryLoader> loader)
+    : m_loader(std::move(loader)) {}
+
+std::shared_ptr<ZorbEffectWrapper> ZorbEffectWrapper::NewEffect() const {
+    return std::shared_ptr<ZorbEffectWrapper>(new ZorbEffectWrapper(m_loader));
 }
 
 template <typename Function, typename... Args>
 bool ZorbEffectWrapper::Call(const char* name, Args... args) {
-    void* address = m_loader.Find(name);
+    void* address = m_loader->Find(name);
     if (address == nullptr) {
         ZorbEffectLogError("Error: Function %s not found.", name);
         return false;

@@ -10,8 +10,8 @@ namespace TesselFX {
 
 /// The algorithm library loaded with dlopen. Failures are written straight to the Android
 /// log under "TESSEL_LOG_TAG" and give false. Owns the effect buffer, which it frees before
-/// the library is closed. Not thread safe: one wrapper is shared by the converters and
-/// reply parsers of an instance, which run serialised.
+/// it lets go of the library. Not thread safe: a wrapper is shared by the converter and
+/// reply parser of a control, and wrappers over one library run serialised.
 class ZorbEffectWrapper : public IZorbEffectWrapper {
   public:
     /// The flags Hifi3zHelper loads with: RTLD_NOW | RTLD_NODELETE of Android's linker.
@@ -29,7 +29,11 @@ class ZorbEffectWrapper : public IZorbEffectWrapper {
     ZorbEffectWrapper(const ZorbEffectWrapper&) = delete;
     ZorbEffectWrapper& operator=(const ZorbEffectWrapper&) = delete;
 
-    bool IsLoaded() const { return m_loader.IsLoaded(); }
+    bool IsLoaded() const { return m_loader->IsLoaded(); }
+    /// A further effect over the library this wrapper has loaded: the library is not opened
+    /// again and stays open while any wrapper over it lives. The new wrapper has an effect
+    /// buffer of its own and starts uninitialised.
+    std::shared_ptr<ZorbEffectWrapper> NewEffect() const;
 
     bool GetRevisionCode(unsigned* code) override;
     bool IsInitialized() override { return m_initialized; }
@@ -74,6 +78,7 @@ class ZorbEffectWrapper : public IZorbEffectWrapper {
     bool Message(const void* in, unsigned inSize, void* out, unsigned* outSize) override;
 
   private:
+    explicit ZorbEffectWrapper(std::shared_ptr<const LibraryLoader> loader);
     char* Effect() { return m_effect.get(); }
     /// Allocates the effect buffer of the size the library asks for, replacing any earlier
     /// one; on failure the buffer is freed.
@@ -81,8 +86,8 @@ class ZorbEffectWrapper : public IZorbEffectWrapper {
     template <typename Function, typename... Args>
     bool Call(const char* name, Args... args);
 
-    // Declared first so that it is destroyed last: the library outlives the effect buffer.
-    LibraryLoader m_loader;
+    // Declared first so that it is released last: the library outlives the effect buffer.
+    std::shared_ptr<const LibraryLoader> m_loader;
     std::unique_ptr<char[]> m_effect;
     bool m_initialized = false;
 };

@@ -6,6 +6,7 @@
 
 #include <condition_variable>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <mutex>
 #include <sstream>
@@ -55,6 +56,9 @@ class TesselLogImpl {
     bool SetLogOutput(const char* outputName, bool enable, bool force);
     bool LoadFromIniFile(const std::string& text);
     void WaitForInit();
+    /// Joins the loader thread, writes out what the file output was given and ends its queue
+    /// thread; later file lines are dropped. Idempotent.
+    void EndThreads();
     std::shared_ptr<TesselLogInterface> GetOutput(size_t slot) const;
     std::shared_ptr<TesselLogInterface> ReplaceOutput(size_t slot,
                                                       std::shared_ptr<TesselLogInterface> output);
@@ -99,12 +103,16 @@ TesselLogImpl::TesselLogImpl(TesselLog* owner, bool asynchronous, std::vector<st
 }
 
 TesselLogImpl::~TesselLogImpl() {
-    if (m_loaderThread.joinable()) m_loaderThread.join();
     // The file queue thread logs through this object: end it while every slot still stands,
     // then turn all output off so that nothing reads a slot while it is released.
-    if (auto fileLog = GetFileLog()) fileLog->Shutdown();
+    EndThreads();
     m_anyOutput = false;
     for (size_t slot = kTesselLogOutputSlots; slot-- > 0;) m_outputs[slot].reset();
+}
+
+void TesselLogImpl::EndThreads() {
+    if (m_loaderThread.joinable()) m_loaderThread.join();
+    if (auto fileLog = GetFileLog()) fileLog->Shutdown();
 }
 
 void TesselLogImpl::WaitForInit() {
@@ -278,8 +286,14 @@ void TesselLogImpl::LoadIni() {
 }
 
 TesselLog& TesselLog::Get() {
-    static TesselLog instance(true);
-    return instance;
+    // Never destroyed: threads and static objects may log while the process exits, after a
+    // destructor of it would have run. At exit its threads end, the file written out first.
+    static TesselLog* const instance = [] {
+        TesselLog* log = new TesselLog(true);
+        std::atexit([] { Get().m_impl->EndThreads(); });
+        return log;
+    }();
+    return *instance;
 }
 
 std::vector<std::string> TesselLog::DefaultIniPaths() {

@@ -41,7 +41,8 @@ class ITesselLog {
 
 class TesselLogImpl;
 
-/// The one process-wide logger, built on first use by Get() and destroyed at process exit.
+/// The one process-wide logger, built on first use by Get() and never destroyed, so that it
+/// outlives every caller; at process exit its threads end and the file output is written out.
 /// Thread safety: any thread may log. The levels are read at every call site without a lock
 /// (relaxed atomics); the settings are meant to be written by the loader thread and, after it
 /// finished, by SetLogLevel/SetLogOutput.

@@ -80,12 +80,6 @@ bool ReadString(const char*& cursor, const char* end, std::string& value) {
     return true;
 }
 
-bool Skip(const char*& cursor, const char* end, size_t count) {
-    if (!Has(cursor, end, count)) return false;
-    cursor += count;
-    return true;
-}
-
 bool WriteU8(char*& cursor, const char* end, uint8_t value) { return WriteLe(cursor, end, value); }
 
 bool WriteU16(char*& cursor, const char* end, uint16_t value) {

@@ -19,8 +19,6 @@ bool ReadF64(const char*& cursor, const char* end, double& value);
 bool ReadBytes(const char*& cursor, const char* end, size_t count, std::vector<char>& bytes);
 /// A u8 length, then that many bytes, no terminator.
 bool ReadString(const char*& cursor, const char* end, std::string& value);
-/// Moves the cursor on by count bytes.
-bool Skip(const char*& cursor, const char* end, size_t count);
 
 bool WriteU8(char*& cursor, const char* end, uint8_t value);
 bool WriteU16(char*& cursor, const char* end, uint16_t value);

@@ -1,5 +1,7 @@
 #include "preset/CLinkLawEntrySerializer.h"
 
+#include <algorithm>
+
 #include "log/TesselLog.h"
 #include "preset/BinaryPrimitives.h"
 
@@ -99,11 +101,27 @@ bool CLinkLawEntrySerializer::Deserialize(const char* data, unsigned int size,
     const char* begin = m_buffer.data();
     const char* end = begin + m_buffer.size();
     size_t offset = 0;
+    // Bytes that the entries read so far took. The declared sizes may make entries overlap
+    // in a stream that is not sound; all entries together may take no more bytes than the
+    // stream has, so that decoding needs memory in proportion to the stream's size.
+    size_t taken = 0;
     while (offset < size) {
         const char* cursor = begin + offset;
+        const size_t left = size - taken;
+        const char* limit = cursor + std::min(left, static_cast<size_t>(end - cursor));
         LinkLawEntry entry;
         uint32_t streamSize = 0;
-        if (!ReadEntry(cursor, end, entry, streamSize)) return false;
+        if (!ReadEntry(cursor, limit, entry, streamSize)) {
+            if (limit == end) return false;
+            TesselLog::Get().Print(4, kLogTag, "%s:%d, ", __FILE__, __LINE__);
+            TesselLog::Get().Print(4, kLogTag,
+                                   "CLinkLawEntrySerializer::Deserialize entry at %u takes more "
+                                   "than the %u bytes left of %u; the rest is refused",
+                                   static_cast<unsigned>(offset), static_cast<unsigned>(left),
+                                   size);
+            return !entries.empty();
+        }
+        taken += static_cast<size_t>(cursor - (begin + offset));
         entries.push_back(entry);
         // The walk goes on by the size the stream declares, not by what was read; a zero
         // size would never end.

@@ -170,7 +170,8 @@ std::vector<std::map<unsigned int, double>> PresetUtils::SplitParameters(
             part.clear();
         }
     }
-    parts.push_back(part);
+    // A full last map ends the split; an empty input still gives one empty map.
+    if (!part.empty() || parts.empty()) parts.push_back(part);
     return parts;
 }
 

@@ -12,9 +12,13 @@ SuperPreset::~SuperPreset() = default;
 
 template <typename Notification>
 void SuperPreset::Notify(Notification notification) {
-    // A listener may remove itself while it is told; walk a copy, each one held while called.
-    const std::set<std::shared_ptr<IPresetChangeListener>> listeners = m_listeners;
+    // A listener may add or remove listeners, itself or others, while it is told. The walk
+    // goes over the listeners as they stood, holds each while it is called, and skips one
+    // that was removed meanwhile: its owner may be gone.
+    const std::vector<std::shared_ptr<IPresetChangeListener>> listeners(m_listeners.begin(),
+                                                                        m_listeners.end());
     for (const std::shared_ptr<IPresetChangeListener>& listener : listeners) {
+        if (m_listeners.count(listener) == 0) continue;
         ((*listener).*notification)();
     }
 }

@@ -1,5 +1,7 @@
 #include "preset/ZpsBufferReader.h"
 
+#include <algorithm>
+
 #include "log/TesselLog.h"
 #include "preset/BinaryPrimitives.h"
 #include "preset/ZpsFormat.h"
@@ -223,7 +225,8 @@ std::shared_ptr<IPreset> ZpsBufferReader::ParsePreset(const char*& cursor, const
             ok = ReadBytes(cursor, end, valueSize, bytes);
             if (ok) preset->SetChunk(id, bytes);
         } else if (ok) {
-            ok = Skip(cursor, end, valueSize);
+            // Skipped by its size; a size past the end leaves nothing more to read.
+            cursor += std::min<size_t>(valueSize, static_cast<size_t>(end - cursor));
         }
         if (!ok) {
             TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "ParsePreset error");

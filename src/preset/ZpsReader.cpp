@@ -53,10 +53,11 @@ bool ZpsReader::LoadFile(const std::string& path, bool isUser) {
     }
     std::unique_ptr<FILE, FileCloser> file(fopen(path.c_str(), "rbe"));
     struct stat status;
-    if (file && fstat(fileno(file.get()), &status) == 0 && !S_ISREG(status.st_mode)) {
-        // A directory or a device opens for reading but has no file size to give.
+    if (file && fstat(fileno(file.get()), &status) == 0 && S_ISDIR(status.st_mode)) {
+        // A directory opens for reading but cannot be read. A device has no size to seek to
+        // and counts as an empty file.
         file.reset();
-        errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+        errno = EISDIR;
     }
     if (!file) {
         const int error = errno;

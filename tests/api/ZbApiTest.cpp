@@ -208,7 +208,7 @@ TEST(ZbApiTest, LaterFeaturesFailWithALogLine) {
                                        "SetCommand: command parser is not available",
                                        "GetCommand: command parser is not available",
                                        "zb_set_command: command is null",
-                                       "SetData is not available",
+                                       "no valid ControlHandler",
                                        "HalNotifier is not available",
                                        "RegisterNotifier is not available",
                                    }));

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 // Files for bring-up tests: a private temporary directory, preset file bytes laid out by hand
@@ -85,6 +86,42 @@ struct PresetRecord {
     std::map<unsigned, double> parameters;
     std::map<unsigned, std::string> chunks;
 };
+
+/// A preset record named after its key.
+inline PresetRecord Preset(uint32_t om, uint32_t sm, uint32_t mask, uint32_t priority,
+                           std::map<unsigned, double> parameters) {
+    PresetRecord record;
+    record.outputMode = om;
+    record.soundMode = sm;
+    record.subtypeMask = mask;
+    record.priority = priority;
+    record.name = "p" + std::to_string(om) + std::to_string(sm) + std::to_string(mask);
+    record.parameters = std::move(parameters);
+    return record;
+}
+
+/// A coefficient block of the stand-in library (parameter p feeds input p % 16 of block
+/// 4096 + p / 16): id, 16, then the sixteen inputs of its group.
+inline std::string Block(uint32_t id, const std::map<unsigned, float>& inputs) {
+    std::string out;
+    PutU32(out, id);
+    PutU32(out, 16);
+    for (unsigned i = 0; i < 16; ++i) {
+        auto found = inputs.find(i);
+        PutF32(out, found == inputs.end() ? 0.0f : found->second);
+    }
+    return out;
+}
+
+/// A set-coefficients frame: opcode 1, payload length, the blocks.
+inline std::string Frame(const std::vector<std::string>& blocks) {
+    std::string payload;
+    for (const std::string& block : blocks) payload += block;
+    std::string out;
+    PutU32(out, 1);
+    PutU32(out, static_cast<uint32_t>(payload.size()));
+    return out + payload;
+}
 
 /// A preset file: magic "BPBZ", total size, one presets section (id 4) with the records.
 inline std::string PresetFile(const std::vector<PresetRecord>& presets) {

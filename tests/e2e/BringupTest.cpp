@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -72,6 +73,8 @@ struct Host {
     std::vector<Sent> sent;
     std::string versionReply;
     StandInDsp* dsp = nullptr;
+    /// Called once, with the handle, from inside the next set-coefficients send.
+    std::function<void(void*)> reenter;
 };
 
 int RecordingSender(void* handle, uint32_t instance, const void* data, uint32_t size, void* reply,
@@ -86,20 +89,12 @@ int RecordingSender(void* handle, uint32_t instance, const void* data, uint32_t 
         if (replySize == nullptr || *replySize < host->versionReply.size()) return -1;
         std::memcpy(reply, host->versionReply.data(), host->versionReply.size());
         *replySize = static_cast<uint32_t>(host->versionReply.size());
+    } else if (host->reenter) {
+        std::function<void(void*)> reenter;
+        reenter.swap(host->reenter);
+        reenter(handle);
     }
     return 0;
-}
-
-PresetRecord Preset(uint32_t om, uint32_t sm, uint32_t mask, uint32_t priority,
-                    std::map<unsigned, double> parameters) {
-    PresetRecord record;
-    record.outputMode = om;
-    record.soundMode = sm;
-    record.subtypeMask = mask;
-    record.priority = priority;
-    record.name = "p" + std::to_string(om) + std::to_string(sm) + std::to_string(mask);
-    record.parameters = std::move(parameters);
-    return record;
 }
 
 /// Music (1,1) with two sub presets, Movie (1,2), Game (2,1) with parameter 1 at 0.5, Big (3,1)
@@ -240,6 +235,31 @@ TEST_F(BringupTest, FramesStayWithin16000BytesInAscendingCoefficientId) {
     EXPECT_EQ(frames, (Frames{Frame(first), Frame(second)}));
 }
 
+TEST_F(BringupTest, ACallFromTheSenderBetweenTwoFramesLeavesTheDspInStep) {
+    ASSERT_EQ(Init(), 1);
+    ASSERT_EQ(zb_set_active(m_handle, 1, 1, 2), 1);
+    Take();
+    // 300 parameters in 300 blocks: two frames. From inside the first, the host sets the
+    // last parameter, which the second frame, built before, carries with its older value.
+    std::vector<uint32_t> ids;
+    for (unsigned g = 0; g < 300; ++g) ids.push_back(1006 + 16 * g);
+    const std::vector<double> values(300, 5.5);
+    m_host.reenter = [](void* handle) { EXPECT_EQ(zb_set_parameter(handle, 1, 5790, 7.0), 1); };
+    ASSERT_EQ(zb_set_parameters_array(m_handle, 1, 300, ids.data(), values.data()), 1);
+
+    std::vector<std::string> first, second, fullFirst{Block(4096, {{1, 0.0f}})}, fullSecond;
+    for (unsigned g = 0; g < 300; ++g) {
+        (g < 222 ? first : second).push_back(Block(4158 + g, {{14, 5.5f}}));
+        (g < 221 ? fullFirst : fullSecond)
+            .push_back(Block(4158 + g, {{14, g == 299 ? 7.0f : 5.5f}}));
+    }
+    // After the outer call's second frame the whole model goes again, 7.0 included.
+    EXPECT_EQ(Take(), (Frames{Frame(first), Frame({Block(4457, {{14, 7.0f}})}), Frame(second),
+                              Frame(fullFirst), Frame(fullSecond)}));
+    ASSERT_EQ(zb_set_parameter(m_handle, 1, 5790, 7.0), 1);
+    EXPECT_TRUE(Take().empty());
+}
+
 TEST_F(BringupTest, VolumeAndOrientationSelectSubPresets) {
     ASSERT_EQ(Init(), 1);
     // 0.05 is -26 dB: the -20 dB entry, subtype 1, which sets 1022 to 5.
@@ -362,12 +382,19 @@ TEST_F(BringupTest, ControlLineSettingsSelectTheHandlers) {
                                       "Headset=DEV:4,SR:rates,PRESET:Movie,INSTANCE:2,ROUTE:AUTO"));
     ASSERT_EQ(Init(config), 1);
 
-    // The handlers share one library: Headset, made first in key order, primed parameter 1
-    // there, so Speaker's priming of the same value left it no block for it.
+    // Each control has its own model of the effect: parameter 1, in both presets, is in the
+    // first full send of each control and again after each wake-up.
+    const Frames headset{Frame({Block(4096, {{1, 0.0f}}), Block(4161, {{14, 4.0f}})})};
+    const Frames speaker{
+        Frame({Block(4096, {{1, 0.0f}}), Block(4158, {{14, 1.0f}}), Block(4159, {{14, 3.0f}})})};
     ASSERT_EQ(zb_set_parameter(m_handle, 2, 1054, 4.0), 1);
-    EXPECT_EQ(Take(2), Frames{Frame({Block(4096, {{1, 0.0f}}), Block(4161, {{14, 4.0f}})})});
+    EXPECT_EQ(Take(2), headset);
     ASSERT_EQ(zb_set_parameter(m_handle, 1, 1022, 3.0), 1);
-    EXPECT_EQ(Take(1), Frames{Frame({Block(4158, {{14, 1.0f}}), Block(4159, {{14, 3.0f}})})});
+    EXPECT_EQ(Take(1), speaker);
+    ASSERT_EQ(zb_on_dsp_wakeup(m_handle, 1), 1);
+    EXPECT_EQ(Take(1), speaker);
+    ASSERT_EQ(zb_on_dsp_wakeup(m_handle, 2), 1);
+    EXPECT_EQ(Take(2), headset);
 
     EXPECT_EQ(zb_set_parameter(m_handle, 3, 1022, 3.0), 0);
     EXPECT_EQ(zb_set_active(m_handle, 2, 1, 1), 0);

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <string>
 #include <vector>
 
 #include "LogCapture.h"
@@ -128,6 +129,37 @@ TEST(LinkLawSerializer, WalksByDeclaredSizeAndSurvivesEveryCutAndFlip) {
             serializer.Deserialize(bad.data(), bad.size(), entries);
         }
     }
+}
+
+// Entries that declare 28 bytes but hold 100 points each overlap: together they would decode
+// far more points than the stream has bytes.
+TEST(LinkLawSerializer, OverlappingEntriesDecodeNoMoreThanTheStreamHolds) {
+    const size_t kEntries = 64;
+    const uint32_t kPoints = 100;
+    std::vector<char> stream;
+    const auto put = [&stream](uint32_t value) {
+        for (int shift = 0; shift < 32; shift += 8)
+            stream.push_back(static_cast<char>(value >> shift));
+    };
+    for (size_t i = 0; i < kEntries; ++i) {
+        for (uint32_t word : {28u, 0u, 2800u, 0u, 100u, 0u, kPoints}) put(word);
+    }
+    stream.resize(stream.size() + 8 * kPoints);  // the points of the last entry
+    ASSERT_EQ(stream.size(), 2592u);
+
+    LogCapture capture;
+    CLinkLawEntrySerializer serializer;
+    std::vector<LinkLawEntry> entries;
+    EXPECT_TRUE(serializer.Deserialize(stream.data(), stream.size(), entries));
+    // Each entry takes 828 bytes: three fit in 2592, the fourth is refused with the rest.
+    ASSERT_EQ(entries.size(), 3u);
+    size_t points = 0;
+    for (const LinkLawEntry& entry : entries) points += entry.masterValues.size();
+    EXPECT_LE(8 * points, stream.size());
+    EXPECT_TRUE(capture.Has(4,
+                            "CLinkLawEntrySerializer::Deserialize entry at 84 takes more than the "
+                            "108 bytes left of 2592; the rest is refused"));
+    EXPECT_EQ(capture.Texts(4).size(), 2u);  // with its source position
 }
 
 TEST(LinkLaws, ConvertInterpolatesInFloatAndClamps) {

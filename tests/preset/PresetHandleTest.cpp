@@ -234,6 +234,39 @@ TEST(PresetHandle, SuperPresetLiesOverEveryPair) {
     EXPECT_EQ(nextListener.calls.size(), 1u);
 }
 
+// Drops another handle when told of a change.
+class DroppingListener : public IPresetHandleListener {
+  public:
+    void OnPresetHandleChanged(unsigned int, unsigned int) override {
+        ++calls;
+        other->reset();
+    }
+    std::shared_ptr<IPresetHandle>* other = nullptr;
+    int calls = 0;
+};
+
+TEST(PresetHandle, AHandleDroppedWhileTheSuperPresetTellsIsNotTold) {
+    Fixture f;
+    auto super = std::make_shared<SuperPreset>();
+    std::shared_ptr<IPresetHandle> first = f.set->RequestPresetHandle(1, 1);
+    std::shared_ptr<IPresetHandle> second = f.set->RequestPresetHandle(1, 2);
+    DroppingListener firstListener;
+    DroppingListener secondListener;
+    firstListener.other = &second;
+    secondListener.other = &first;
+    first->SetListener(&firstListener);
+    second->SetListener(&secondListener);
+    first->SetSuperPreset(super);
+    second->SetSuperPreset(super);
+
+    // Whichever is told first drops the other, which is then skipped.
+    super->SetParameter(11, 9.0);
+    EXPECT_EQ(firstListener.calls + secondListener.calls, 1);
+    ASSERT_NE(first == nullptr, second == nullptr);
+    const std::shared_ptr<IPresetHandle>& kept = first ? first : second;
+    EXPECT_EQ(Value(kept, 11), 9.0);
+}
+
 TEST(PresetHandle, NotificationsFollowTheEnabledMask) {
     LogCapture capture;
     Fixture f;

@@ -198,10 +198,21 @@ TEST(ZpsBufferReader, RejectsBadHeadersAndEndsOnShortSections) {
     fails({1, 0, 0, 0, 5, 0, 0, 1, 0, 1, 0}, "ParseSectionUserModes error");
     fails({1, 0, 0, 0, 5, 0, 0, 0, 0}, "ParseSectionUserModes error");
     fails({1, 0, 0, 0, 5, 0, 0, 0, 0, 1, 0, 3}, "ParseSectionPresets error");
-    // An item of an unknown type larger than the rest stops there.
-    fails(
-        {1, 0, 0, 0, 4, 1, 0, 0x14, 0, 1, 2, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 9, 0, 1, 0x40, 0},
-        "ParsePreset error");
+    // An item of an unknown type larger than the rest skips to the end: 36 bytes, one section
+    // 4 with preset (1,2,0) whose one item, 9 of type 1, declares 64 bytes.
+    const std::vector<char> skipping = Concat(
+        header,
+        {1, 0, 0, 0, 4, 1, 0, 0x14, 0, 1, 2, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 9, 0, 1, 0x40, 0});
+    ASSERT_EQ(skipping.size(), 36u);
+    reader = MakeReader();
+    EXPECT_TRUE(reader->ParseBuffer(skipping, false));
+    ASSERT_EQ(reader->GetSystemPresets().size(), 1u);
+    EXPECT_EQ(reader->GetSystemPresets().begin()->first, (OmSmSubtypeMask{1, 2, 0}));
+    EXPECT_TRUE(reader->GetSystemPresets().begin()->second->GetAllParameters().empty());
+    // An item behind such a skip finds nothing left to read.
+    std::vector<char> twoItems = skipping;
+    twoItems[23] = 2;
+    fails(std::vector<char>(twoItems.begin() + 8, twoItems.end()), "ParsePreset error");
     // A preset with no items is valid.
     EXPECT_TRUE(MakeReader()->ParseBuffer(
         Concat(header, {1, 0, 0, 0, 4, 1, 0, 0x0E, 0, 1, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}),
@@ -322,6 +333,15 @@ TEST(ZpsReader, LoadsBothFilesFromDisk) {
     ZpsReader emptyUser = factories(base + "/system.zps", base + "/empty.zps");
     EXPECT_NE(emptyUser.Read(), nullptr);
     EXPECT_TRUE(capture.Has(1, "the size of user zps is 0"));
+
+    // A device has no size to seek to: as an empty user file it is fine, as a system file not.
+    capture.Clear();
+    ZpsReader deviceUser = factories(base + "/system.zps", "/dev/null");
+    EXPECT_NE(deviceUser.Read(), nullptr);
+    EXPECT_TRUE(capture.Has(1, "the size of user zps is 0"));
+    ZpsReader deviceSystem = factories("/dev/null", "");
+    EXPECT_EQ(deviceSystem.Read(), nullptr);
+    EXPECT_TRUE(capture.Has(4, "LoadFile: /dev/null size = 0"));
 
     ZpsReader missingUser = factories(base + "/system.zps", base + "/none.zps");
     EXPECT_EQ(missingUser.Read(), nullptr);

@@ -52,9 +52,8 @@ std::vector<uint32_t> Blocks(const Json& frame) {
 TEST(ScenarioRunner, DefaultScenarioSendsTheExpectedFrames) {
     Json trace;
     if (!RunTrace("", trace)) GTEST_SKIP() << kNotInitialized;
-    // The first change of mode pair is a full send: every EQ band and the output gain. The
-    // handlers share one algorithm library, and Headphone, made first, already took the block
-    // of parameter 1 (4096) when it was primed with the same value, so Speaker has none.
+    // The first change of mode pair is a full send: every EQ band, the output gain and the
+    // generic block of the bypass parameter.
     auto frames = FramesOf(trace, "set_active 1 2");
     ASSERT_FALSE(frames.empty());
     std::vector<uint32_t> all;
@@ -65,7 +64,7 @@ TEST(ScenarioRunner, DefaultScenarioSendsTheExpectedFrames) {
         EXPECT_LE(frame["size"].get<uint32_t>(), 16000u);
         for (uint32_t id : Blocks(frame)) all.push_back(id);
     }
-    for (uint32_t id : {1u, 2u, 3u, 4u, 10u}) {
+    for (uint32_t id : {1u, 2u, 3u, 4u, 10u, 4096u}) {
         EXPECT_NE(std::find(all.begin(), all.end(), id), all.end()) << id;
     }
     EXPECT_TRUE(std::is_sorted(all.begin(), all.end()));

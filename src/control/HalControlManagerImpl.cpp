@@ -33,9 +33,29 @@ bool HalControlManagerImpl::ControlHandlerVolumeChangedListener::OnVolumeChanged
     return true;
 }
 
+HalControlManagerImpl::ControlHandlerParametersAndChunksChangedListener::
+    ControlHandlerParametersAndChunksChangedListener(
+        HalControlManagerImpl* manager, const std::shared_ptr<IControlHandler>& handler)
+    : m_manager(manager), m_handler(handler) {}
+
+void HalControlManagerImpl::ControlHandlerParametersAndChunksChangedListener::OnParametersChanged(
+    const std::map<unsigned int, double>& parameters) {
+    m_manager->NotifyParameterArrayChanged(m_handler, parameters);
+}
+
+void HalControlManagerImpl::ControlHandlerParametersAndChunksChangedListener::OnChunksChanged(
+    const std::map<unsigned int, std::vector<char>>& chunks) {
+    for (const auto& chunk : chunks) {
+        m_manager->NotifyChunkChanged(m_handler, chunk.first, chunk.second);
+    }
+}
+
 HalControlManagerImpl::HalControlManagerImpl() = default;
 
-HalControlManagerImpl::~HalControlManagerImpl() { UnregisterVolumeChangedListeners(); }
+HalControlManagerImpl::~HalControlManagerImpl() {
+    UnregisterVolumeChangedListeners();
+    UnregisterParametersAndChunksChangedListeners();
+}
 
 void HalControlManagerImpl::UnregisterVolumeChangedListeners() {
     for (const auto& entry : m_controlHandlers) {
@@ -543,18 +563,69 @@ bool HalControlManagerImpl::GetFullPreset(const zorbaudio_settings_t*, TesselTun
     return NotAvailable("GetFullPreset");
 }
 
-bool HalControlManagerImpl::RegisterNotifier(const zorbaudio_settings_t*,
-                                             const std::shared_ptr<IHalNotifier>&) {
+bool HalControlManagerImpl::RegisterNotifier(const zorbaudio_settings_t* settings,
+                                             const std::shared_ptr<IHalNotifier>& notifier) {
     Entering(
         "virtual bool TesselFX::HalControlManagerImpl::RegisterNotifier(const "
         "zorbaudio_settings_t *, const std::shared_ptr<IHalNotifier> &)");
-    return NotAvailable("RegisterNotifier");
+    if (!notifier) {
+        return EraseNotifier(settings);
+    }
+    HandlerList handlers;
+    if (!SelectControlHandlers(settings, handlers)) {
+        return false;
+    }
+    for (const auto& handler : handlers) {
+        m_notifiers[handler] = notifier;
+        handler->RegisterParametersAndChunksChangedListener(
+            std::make_shared<ControlHandlerParametersAndChunksChangedListener>(this, handler));
+    }
+    return true;
+}
+
+bool HalControlManagerImpl::EraseNotifier(const zorbaudio_settings_t* settings) {
+    HandlerList handlers;
+    if (!SelectControlHandlers(settings, handlers)) {
+        return false;
+    }
+    for (const auto& handler : handlers) {
+        auto found = m_notifiers.find(handler);
+        if (found != m_notifiers.end() && found->second) {
+            handler->RegisterParametersAndChunksChangedListener(nullptr);
+            m_notifiers.erase(found);
+        }
+    }
+    return true;
+}
+
+void HalControlManagerImpl::UnregisterParametersAndChunksChangedListeners() {
+    for (const auto& entry : m_notifiers) {
+        if (entry.first) {
+            entry.first->RegisterParametersAndChunksChangedListener(nullptr);
+        }
+    }
 }
 
 std::shared_ptr<IHalNotifier> HalControlManagerImpl::GetNotifier(
     const std::shared_ptr<IControlHandler>& handler) {
     auto found = m_notifiers.find(handler);
     return found == m_notifiers.end() ? nullptr : found->second;
+}
+
+void HalControlManagerImpl::NotifyParameterArrayChanged(
+    const std::shared_ptr<IControlHandler>& handler, const std::map<unsigned int, double>&) {
+    if (!GetNotifier(handler)) {
+        return;
+    }
+    NotAvailable("NotifyParameterArrayChanged");
+}
+
+void HalControlManagerImpl::NotifyChunkChanged(const std::shared_ptr<IControlHandler>& handler,
+                                               unsigned int, const std::vector<char>&) {
+    if (!GetNotifier(handler)) {
+        return;
+    }
+    NotAvailable("NotifyChunkChanged");
 }
 
 void HalControlManagerImpl::NotifyLinkLawSourceValueChanged(

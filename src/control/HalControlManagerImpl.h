@@ -36,6 +36,23 @@ class HalControlManagerImpl : public IHalControlManager {
         std::shared_ptr<IControlHandler> m_handler;
     };
 
+    /// Turns a handler's parameter and chunk changes into notifications. Holds the manager by
+    /// plain pointer: the manager outlives it, since it registers an empty listener with the
+    /// handler when the notifier goes and when it is destroyed itself.
+    class ControlHandlerParametersAndChunksChangedListener
+        : public IParametersAndChunksChangedListener {
+      public:
+        ControlHandlerParametersAndChunksChangedListener(
+            HalControlManagerImpl* manager, const std::shared_ptr<IControlHandler>& handler);
+        void OnParametersChanged(const std::map<unsigned int, double>& parameters) override;
+        /// One notification per chunk, in index order.
+        void OnChunksChanged(const std::map<unsigned int, std::vector<char>>& chunks) override;
+
+      private:
+        HalControlManagerImpl* m_manager;
+        std::shared_ptr<IControlHandler> m_handler;
+    };
+
     using HandlerList = std::vector<std::shared_ptr<IControlHandler>>;
 
     static constexpr uint32_t kSettingsVersion = 2;
@@ -143,7 +160,16 @@ class HalControlManagerImpl : public IHalControlManager {
     bool RouteAny(const zorbaudio_settings_t* settings, const HandlerOperation& operation,
                   const std::string& failureText);
     void UnregisterVolumeChangedListeners();
+    /// Drops the notifier of every selected handler and its listener; handlers without one
+    /// are passed over.
+    bool EraseNotifier(const zorbaudio_settings_t* settings);
+    /// Breaks the reference cycles between handlers and their change listeners.
+    void UnregisterParametersAndChunksChangedListeners();
     std::shared_ptr<IHalNotifier> GetNotifier(const std::shared_ptr<IControlHandler>& handler);
+    void NotifyParameterArrayChanged(const std::shared_ptr<IControlHandler>& handler,
+                                     const std::map<unsigned int, double>& parameters);
+    void NotifyChunkChanged(const std::shared_ptr<IControlHandler>& handler, unsigned int index,
+                            const std::vector<char>& data);
     void NotifyLinkLawSourceValueChanged(const std::shared_ptr<IControlHandler>& handler,
                                          unsigned int sourceIndex, double value);
 

@@ -365,9 +365,7 @@ TEST(HalControlManagerImplTest, OperationsThatAreNotAvailableFailWithALogLine) {
     auto settings = Search(1);
     LogCapture capture;
     EXPECT_FALSE(f.manager.SetData(settings->GetSettings(), 5, nullptr, 0));
-    EXPECT_FALSE(f.manager.RegisterNotifier(settings->GetSettings(), nullptr));
-    EXPECT_EQ(ErrorTexts(capture), (std::vector<std::string>{"SetData is not available",
-                                                             "RegisterNotifier is not available"}));
+    EXPECT_EQ(ErrorTexts(capture), (std::vector<std::string>{"SetData is not available"}));
 }
 
 TEST(HalControlManagerTest, CommandsGoToTheParserAndTheRestToTheImpl) {

@@ -1,6 +1,12 @@
 #include "control/HalControlManagerImpl.h"
 
 #include "log/TesselLog.h"
+#include "protocol/Base64.h"
+#include "protocol/ChunkMessages.h"
+#include "protocol/MultipleMessageData.h"
+#include "protocol/NewSessionId.h"
+#include "protocol/ParameterArrayMessages.h"
+#include "protocol/ParameterMessages.h"
 
 namespace TesselFX {
 
@@ -613,27 +619,66 @@ std::shared_ptr<IHalNotifier> HalControlManagerImpl::GetNotifier(
 }
 
 void HalControlManagerImpl::NotifyParameterArrayChanged(
-    const std::shared_ptr<IControlHandler>& handler, const std::map<unsigned int, double>&) {
+    const std::shared_ptr<IControlHandler>& handler,
+    const std::map<unsigned int, double>& parameters) {
     if (!GetNotifier(handler)) {
         return;
     }
-    NotAvailable("NotifyParameterArrayChanged");
+    if (m_maxParametersPerNotification == 0) {
+        NotifyDataChanged(handler, ReplyParameterArrayMessageData(parameters));
+        return;
+    }
+    std::map<unsigned int, double> part;
+    for (const auto& parameter : parameters) {
+        part.insert(parameter);
+        if (part.size() == m_maxParametersPerNotification) {
+            NotifyDataChanged(handler, ReplyParameterArrayMessageData(part));
+            part.clear();
+        }
+    }
+    if (!part.empty()) {
+        NotifyDataChanged(handler, ReplyParameterArrayMessageData(part));
+    }
 }
 
 void HalControlManagerImpl::NotifyChunkChanged(const std::shared_ptr<IControlHandler>& handler,
-                                               unsigned int, const std::vector<char>&) {
+                                               unsigned int index, const std::vector<char>& data) {
     if (!GetNotifier(handler)) {
         return;
     }
-    NotAvailable("NotifyChunkChanged");
+    NotifyDataChanged(handler, ReplyChunkMessageData(index, data));
 }
 
 void HalControlManagerImpl::NotifyLinkLawSourceValueChanged(
-    const std::shared_ptr<IControlHandler>& handler, unsigned int, double) {
+    const std::shared_ptr<IControlHandler>& handler, unsigned int sourceIndex, double value) {
     if (!GetNotifier(handler)) {
         return;
     }
-    NotAvailable("NotifyLinkLawSourceValueChanged");
+    NotifyDataChanged(handler, UpdateLinkLawsSourceParameterMessageData(sourceIndex, value));
+}
+
+void HalControlManagerImpl::NotifyDataChanged(const std::shared_ptr<IControlHandler>& handler,
+                                              const MessageData& message) {
+    const std::vector<char> buffer = message.GetBuffer();
+    std::vector<std::vector<char>> pieces;
+    if (m_maxNotificationSize == 0 || buffer.size() <= m_maxNotificationSize) {
+        pieces.push_back(buffer);
+    } else if (!MultipleMessageData::SplitToBuffers(NewSessionId(), m_maxNotificationSize, buffer,
+                                                    pieces)) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s: Failed to split long buffer into small pieces",
+                         "NotifyDataChanged");
+        return;
+    }
+    for (const auto& piece : pieces) {
+        const std::string text = Base64::Encode(piece);
+        // Looked up for each piece: a notifier may unregister itself from inside its call.
+        const std::shared_ptr<IHalNotifier> notifier = GetNotifier(handler);
+        auto description = m_handlerDescriptions.find(handler);
+        if (notifier && description != m_handlerDescriptions.end() && description->second) {
+            notifier->Notify(description->second->GetSettings(), text.data(),
+                             static_cast<unsigned int>(text.size()));
+        }
+    }
 }
 
 }  // namespace TesselFX

@@ -13,6 +13,7 @@
 #include "control/IControlHandler.h"
 #include "control/IHalControlManager.h"
 #include "control/IHalNotifier.h"
+#include "protocol/MessageData.h"
 
 namespace TesselFX {
 
@@ -172,6 +173,10 @@ class HalControlManagerImpl : public IHalControlManager {
                             const std::vector<char>& data);
     void NotifyLinkLawSourceValueChanged(const std::shared_ptr<IControlHandler>& handler,
                                          unsigned int sourceIndex, double value);
+    /// Hands message to the handler's notifier as base64 text, cut into pieces of at most
+    /// maxNotificationSize bytes when it is longer.
+    void NotifyDataChanged(const std::shared_ptr<IControlHandler>& handler,
+                           const MessageData& message);
 
     ControlHandlerMap m_controlHandlers;
     std::map<std::shared_ptr<IControlHandler>, std::shared_ptr<IControlDescription>>

@@ -1,12 +1,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "ControlMocks.h"
 #include "ErrorTexts.h"
 #include "LogCapture.h"
 #include "config/ZorbAudioSettings.h"
 #include "control/HalControlManagerImpl.h"
 #include "control/HalNotifier.h"
+#include "protocol/Base64.h"
 
 namespace TesselFX {
 namespace test {
@@ -123,6 +126,80 @@ TEST(HalNotifierTest, TheManagerTakesBackItsListenersWhenItGoes) {
         Search(1)->GetSettings(), std::make_shared<HalNotifier>(nullptr, RecordingFunction)));
     EXPECT_CALL(*handler, RegisterParametersAndChunksChangedListener(ListenerPtr()));
     manager.reset();
+}
+
+std::string U32(uint32_t value) {
+    std::string out;
+    for (int i = 0; i < 4; ++i) out.push_back(static_cast<char>((value >> (8 * i)) & 0xFF));
+    return out;
+}
+std::string F64(double value) {
+    uint64_t bits;
+    std::memcpy(&bits, &value, sizeof(bits));
+    return U32(static_cast<uint32_t>(bits)) + U32(static_cast<uint32_t>(bits >> 32));
+}
+std::string Text(const std::string& bytes) { return Base64::Encode(bytes.data(), bytes.size()); }
+/// A parameter map frame, id 4.
+std::string Parameters(unsigned first, unsigned count) {
+    std::string out = U32(4) + U32(count);
+    for (unsigned id = first; id < first + count; ++id) out += U32(id) + F64(id / 2.0);
+    return out;
+}
+
+TEST(HalNotifierTest, LongMapsAndLongMessagesAreCut) {
+    Fixture f;
+    auto handler = f.Of("2").front();
+    ListenerPtr listener;
+    EXPECT_CALL(*handler, RegisterParametersAndChunksChangedListener(_))
+        .WillOnce(SaveArg<0>(&listener));
+    EXPECT_CALL(*handler, RegisterParametersAndChunksChangedListener(ListenerPtr()));
+    ASSERT_TRUE(f.manager.RegisterNotifier(Search(2)->GetSettings(),
+                                           std::make_shared<HalNotifier>(&f, RecordingFunction)));
+    ASSERT_TRUE(listener);
+    g_calls.clear();
+    g_result = 0;
+
+    // Size 100: at most 6 parameters a message and 75 bytes a notification.
+    f.manager.SetMessageBufferSize(100);
+    std::map<unsigned int, double> parameters;
+    for (unsigned id = 10; id < 23; ++id) parameters[id] = id / 2.0;
+    listener->OnParametersChanged(parameters);
+    ASSERT_EQ(g_calls.size(), 5u);
+    std::vector<std::string> frames;
+    for (const Call& call : g_calls) {
+        EXPECT_EQ(call.handle, &f);
+        EXPECT_EQ(call.settings->ToString(), "INSTANCE=2;");
+        const std::vector<char> bytes = Base64::Decode(call.text);
+        EXPECT_EQ(Base64::Encode(bytes), call.text);
+        frames.emplace_back(bytes.begin(), bytes.end());
+    }
+    // Messages of 6, 6 and 1 parameters; the two of 80 bytes go in two pieces each.
+    const std::string first = Parameters(10, 6);
+    const std::string second = Parameters(16, 6);
+    ASSERT_EQ(first.size(), 80u);
+    auto piece = [](uint32_t counter, const std::string& frame, const std::string& data) {
+        return U32(52) + U32(counter) + U32(2) + frame.substr(12, 4) +
+               U32(static_cast<uint32_t>(data.size())) + data;
+    };
+    EXPECT_EQ(frames[0], piece(0, frames[0], first.substr(0, 55)));
+    EXPECT_EQ(frames[1], piece(1, frames[0], first.substr(55)));
+    EXPECT_EQ(frames[2], piece(0, frames[2], second.substr(0, 55)));
+    EXPECT_EQ(frames[3], piece(1, frames[2], second.substr(55)));
+    EXPECT_EQ(frames[4], Parameters(22, 1));
+
+    // Chunks one message each, in index order.
+    g_calls.clear();
+    listener->OnChunksChanged({{7, {}}, {1, {'a', 'b'}}});
+    ASSERT_EQ(g_calls.size(), 2u);
+    EXPECT_EQ(g_calls[0].text, Text(U32(6) + U32(1) + U32(2) + "ab"));
+    EXPECT_EQ(g_calls[1].text, Text(U32(6) + U32(7) + U32(0)));
+
+    // Without a size nothing is cut.
+    g_calls.clear();
+    f.manager.SetMessageBufferSize(0);
+    listener->OnParametersChanged(parameters);
+    ASSERT_EQ(g_calls.size(), 1u);
+    EXPECT_EQ(g_calls[0].text, Text(Parameters(10, 13)));
 }
 
 }  // namespace

@@ -138,6 +138,10 @@ class HalControlManagerImpl : public IHalControlManager {
     /// The handlers whose description matches the search record, in map order.
     HandlerList GetControlHandlers(const zorbaudio_settings_t* settings);
 
+    /// The handler's parameters and link-law chunk as it reads them, each flagged valid when
+    /// the read worked, and the link-law source values last given for it.
+    TesselTuning::FullPreset MakeFullPreset(const std::shared_ptr<IControlHandler>& handler);
+
     /// Last link-law source values per handler.
     const std::map<std::shared_ptr<IControlHandler>, std::map<unsigned int, double>>&
     GetLinkLawSourceValues() const {
@@ -173,6 +177,8 @@ class HalControlManagerImpl : public IHalControlManager {
                             const std::vector<char>& data);
     void NotifyLinkLawSourceValueChanged(const std::shared_ptr<IControlHandler>& handler,
                                          unsigned int sourceIndex, double value);
+    /// The full preset of the handler, as a notification of id 51.
+    void NotifyCurrentSystemPreset(const std::shared_ptr<IControlHandler>& handler);
     /// Hands message to the handler's notifier as base64 text, cut into pieces of at most
     /// maxNotificationSize bytes when it is longer.
     void NotifyDataChanged(const std::shared_ptr<IControlHandler>& handler,

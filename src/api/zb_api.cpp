@@ -6,12 +6,14 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "api/ZbApiCallbacks.h"
 #include "api/zorbaudio_control_Hifi3z.h"
 #include "api/zorbaudio_control_base.h"
 #include "config/ZorbAudioSettings.h"
 #include "control/HalControlManager.h"
+#include "control/HalNotifier.h"
 #include "log/TesselLog.h"
 #include "protocol/ZbAocTuningProtocol.h"
 
@@ -140,7 +142,7 @@ int SendBufferTrampoline(void* handle, CommonSettings* settings, const void* dat
     return sender(handle, instance, data, size, reply, replySize, entry->context);
 }
 
-int NotifyTrampoline(void* handle, CommonSettings* settings, const void*, uint32_t) {
+int NotifyTrampoline(void* handle, CommonSettings* settings, const void* data, uint32_t size) {
     std::lock_guard<std::recursive_mutex> lock(Table().mutex);
     HandleEntry* entry = ScanEntry(handle);
     if (entry == nullptr) {
@@ -152,12 +154,15 @@ int NotifyTrampoline(void* handle, CommonSettings* settings, const void*, uint32
         return -1;
     }
     const std::map<uint32_t, notifier> notifiers = entry->notifiers;
-    if (notifiers.find(instance) == notifiers.end()) {
+    auto found = notifiers.find(instance);
+    if (found == notifiers.end() || found->second == nullptr) {
         TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "notifier is invalid");
         return -1;
     }
-    TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s is not available", "the notification envelope");
-    return -1;
+    const auto* bytes = static_cast<const char*>(data);
+    const std::vector<char> text = ZbAocTuningProtocol::WrapRaw(
+        instance, bytes != nullptr ? std::vector<char>(bytes, bytes + size) : std::vector<char>());
+    return found->second(handle, text.data(), static_cast<uint32_t>(text.size()), entry->context);
 }
 
 }  // namespace TesselFX
@@ -333,17 +338,22 @@ int zb_flush(void* handle, uint32_t instance) {
 int zb_register_notifier(void* handle, uint32_t instance, notifier callback) {
     return WithInstance(
         handle, instance, [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
+            std::shared_ptr<TesselFX::IHalNotifier> halNotifier;
             if (callback != nullptr) {
-                TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s is not available", "HalNotifier");
-                return false;
+                halNotifier =
+                    std::make_shared<TesselFX::HalNotifier>(handle, TesselFX::NotifyTrampoline);
             }
-            if (!manager.RegisterNotifier(settings, nullptr)) {
+            if (!manager.RegisterNotifier(settings, halNotifier)) {
                 return false;
             }
             // The manager call may have destroyed the handle through a callback.
             auto found = Table().entries.find(TesselFX::HandleKey(handle));
             if (found != Table().entries.end()) {
-                found->second.notifiers.erase(instance);
+                if (callback != nullptr) {
+                    found->second.notifiers[instance] = callback;
+                } else {
+                    found->second.notifiers.erase(instance);
+                }
             }
             return true;
         });

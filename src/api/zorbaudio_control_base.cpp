@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "control/HalControlManager.h"
+#include "protocol/Base64CodedHalControlCommandParser.h"
 
 namespace TesselFX {
 
@@ -10,7 +11,7 @@ bool zorbaudio_create(void** handle) {
     if (handle == nullptr) {
         return false;
     }
-    *handle = new HalControlManager(std::shared_ptr<IHalControlCommandParser>());
+    *handle = new HalControlManager(std::make_shared<Base64CodedHalControlCommandParser>());
     return true;
 }
 

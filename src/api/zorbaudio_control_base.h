@@ -2,8 +2,8 @@
 
 namespace TesselFX {
 
-/// Makes a control object (a HalControlManager without a command parser yet, so that tuning
-/// commands fail) and writes its address to *handle. False only for a null handle pointer.
+/// Makes a control object (a HalControlManager with a base64 command parser) and writes its
+/// address to *handle. False only for a null handle pointer.
 bool zorbaudio_create(void** handle);
 
 /// Deletes the control object *handle through its virtual destructor; a null pointer or a

@@ -586,8 +586,11 @@ void ControlHandler::RegisterVolumeChangedListener(
 void ControlHandler::UnregisterVolumeChangedListener() { m_volumeChangedListener.reset(); }
 
 void ControlHandler::NotifyVolumeChanged(double volumeDb) {
-    if (m_volumeChangedListener) {
-        m_volumeChangedListener->OnVolumeChanged(volumeDb);
+    // Kept alive by the copy should a callback replace it.
+    const std::shared_ptr<IVolumeTableHelper::VolumeChangedListener> listener =
+        m_volumeChangedListener;
+    if (listener) {
+        listener->OnVolumeChanged(volumeDb);
     }
 }
 
@@ -599,16 +602,20 @@ void ControlHandler::RegisterParametersAndChunksChangedListener(
 void ControlHandler::NotifyParametersAndChunksChanged(
     const std::map<unsigned int, double>& parameters,
     const std::map<unsigned int, std::vector<char>>& chunks) {
-    if (m_parametersAndChunksChangedListener) {
+    // A listener may be replaced from inside its own call (a notifier that unregisters): the
+    // local copy keeps it alive until both calls are over.
+    const std::shared_ptr<IParametersAndChunksChangedListener> listener =
+        m_parametersAndChunksChangedListener;
+    if (listener) {
         // Values compare as doubles: a NaN always counts as a change.
         if (m_notifyParameters && parameters != m_lastParameters) {
-            m_parametersAndChunksChangedListener->OnParametersChanged(parameters);
+            listener->OnParametersChanged(parameters);
         }
         // Two empty chunk maps count as different.
         const bool chunksChanged =
             (chunks.empty() && m_lastChunks.empty()) || chunks != m_lastChunks;
         if (m_notifyChunks && chunksChanged) {
-            m_parametersAndChunksChangedListener->OnChunksChanged(chunks);
+            listener->OnChunksChanged(chunks);
         }
     }
     m_notifyParameters = false;

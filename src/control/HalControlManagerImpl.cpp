@@ -4,6 +4,13 @@
 
 #include "log/TesselLog.h"
 #include "preset/LinkLawEntry.h"
+#include "protocol/Base64.h"
+#include "protocol/ChunkMessages.h"
+#include "protocol/FullPresetMessages.h"
+#include "protocol/MultipleMessageData.h"
+#include "protocol/NewSessionId.h"
+#include "protocol/ParameterArrayMessages.h"
+#include "protocol/ParameterMessages.h"
 
 namespace TesselFX {
 
@@ -31,12 +38,6 @@ bool ReadParameters(IControlHandler& handler, const std::vector<unsigned int>& i
         parameters[foundIds[i]] = values[i];
     }
     return true;
-}
-
-/// An operation whose behaviour is not part of this library yet.
-bool NotAvailable(const char* operation) {
-    TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s is not available", operation);
-    return false;
 }
 
 /// Ids above this one name custom actions of the configuration.
@@ -78,9 +79,29 @@ bool HalControlManagerImpl::ControlHandlerVolumeChangedListener::OnVolumeChanged
     return true;
 }
 
+HalControlManagerImpl::ControlHandlerParametersAndChunksChangedListener::
+    ControlHandlerParametersAndChunksChangedListener(
+        HalControlManagerImpl* manager, const std::shared_ptr<IControlHandler>& handler)
+    : m_manager(manager), m_handler(handler) {}
+
+void HalControlManagerImpl::ControlHandlerParametersAndChunksChangedListener::OnParametersChanged(
+    const std::map<unsigned int, double>& parameters) {
+    m_manager->NotifyParameterArrayChanged(m_handler, parameters);
+}
+
+void HalControlManagerImpl::ControlHandlerParametersAndChunksChangedListener::OnChunksChanged(
+    const std::map<unsigned int, std::vector<char>>& chunks) {
+    for (const auto& chunk : chunks) {
+        m_manager->NotifyChunkChanged(m_handler, chunk.first, chunk.second);
+    }
+}
+
 HalControlManagerImpl::HalControlManagerImpl() = default;
 
-HalControlManagerImpl::~HalControlManagerImpl() { UnregisterVolumeChangedListeners(); }
+HalControlManagerImpl::~HalControlManagerImpl() {
+    UnregisterVolumeChangedListeners();
+    UnregisterParametersAndChunksChangedListeners();
+}
 
 void HalControlManagerImpl::UnregisterVolumeChangedListeners() {
     for (const auto& entry : m_controlHandlers) {
@@ -754,12 +775,47 @@ TesselTuning::FullPreset HalControlManagerImpl::MakeFullPreset(
     return preset;
 }
 
-bool HalControlManagerImpl::RegisterNotifier(const zorbaudio_settings_t*,
-                                             const std::shared_ptr<IHalNotifier>&) {
+bool HalControlManagerImpl::RegisterNotifier(const zorbaudio_settings_t* settings,
+                                             const std::shared_ptr<IHalNotifier>& notifier) {
     Entering(
         "virtual bool TesselFX::HalControlManagerImpl::RegisterNotifier(const "
         "zorbaudio_settings_t *, const std::shared_ptr<IHalNotifier> &)");
-    return NotAvailable("RegisterNotifier");
+    if (!notifier) {
+        return EraseNotifier(settings);
+    }
+    HandlerList handlers;
+    if (!SelectControlHandlers(settings, handlers)) {
+        return false;
+    }
+    for (const auto& handler : handlers) {
+        m_notifiers[handler] = notifier;
+        handler->RegisterParametersAndChunksChangedListener(
+            std::make_shared<ControlHandlerParametersAndChunksChangedListener>(this, handler));
+    }
+    return true;
+}
+
+bool HalControlManagerImpl::EraseNotifier(const zorbaudio_settings_t* settings) {
+    HandlerList handlers;
+    if (!SelectControlHandlers(settings, handlers)) {
+        return false;
+    }
+    for (const auto& handler : handlers) {
+        auto found = m_notifiers.find(handler);
+        if (found != m_notifiers.end() && found->second) {
+            handler->RegisterParametersAndChunksChangedListener(nullptr);
+            m_notifiers.erase(found);
+        }
+    }
+    return true;
+}
+
+void HalControlManagerImpl::UnregisterParametersAndChunksChangedListeners() {
+    for (const auto& entry : m_notifiers) {
+        if (entry.first) {
+            entry.first->RegisterParametersAndChunksChangedListener(nullptr);
+        }
+    }
 }
 
 std::shared_ptr<IHalNotifier> HalControlManagerImpl::GetNotifier(
@@ -768,20 +824,72 @@ std::shared_ptr<IHalNotifier> HalControlManagerImpl::GetNotifier(
     return found == m_notifiers.end() ? nullptr : found->second;
 }
 
-void HalControlManagerImpl::NotifyLinkLawSourceValueChanged(
-    const std::shared_ptr<IControlHandler>& handler, unsigned int, double) {
+void HalControlManagerImpl::NotifyParameterArrayChanged(
+    const std::shared_ptr<IControlHandler>& handler,
+    const std::map<unsigned int, double>& parameters) {
     if (!GetNotifier(handler)) {
         return;
     }
-    NotAvailable("NotifyLinkLawSourceValueChanged");
+    if (m_maxParametersPerNotification == 0) {
+        NotifyDataChanged(handler, ReplyParameterArrayMessageData(parameters));
+        return;
+    }
+    std::map<unsigned int, double> part;
+    for (const auto& parameter : parameters) {
+        part.insert(parameter);
+        if (part.size() == m_maxParametersPerNotification) {
+            NotifyDataChanged(handler, ReplyParameterArrayMessageData(part));
+            part.clear();
+        }
+    }
+    if (!part.empty()) {
+        NotifyDataChanged(handler, ReplyParameterArrayMessageData(part));
+    }
+}
+
+void HalControlManagerImpl::NotifyChunkChanged(const std::shared_ptr<IControlHandler>& handler,
+                                               unsigned int index, const std::vector<char>& data) {
+    if (!GetNotifier(handler)) {
+        return;
+    }
+    NotifyDataChanged(handler, ReplyChunkMessageData(index, data));
+}
+
+void HalControlManagerImpl::NotifyLinkLawSourceValueChanged(
+    const std::shared_ptr<IControlHandler>& handler, unsigned int sourceIndex, double value) {
+    if (!GetNotifier(handler)) {
+        return;
+    }
+    NotifyDataChanged(handler, UpdateLinkLawsSourceParameterMessageData(sourceIndex, value));
+}
+
+void HalControlManagerImpl::NotifyDataChanged(const std::shared_ptr<IControlHandler>& handler,
+                                              const MessageData& message) {
+    const std::vector<char> buffer = message.GetBuffer();
+    std::vector<std::vector<char>> pieces;
+    if (m_maxNotificationSize == 0 || buffer.size() <= m_maxNotificationSize) {
+        pieces.push_back(buffer);
+    } else if (!MultipleMessageData::SplitToBuffers(NewSessionId(), m_maxNotificationSize, buffer,
+                                                    pieces)) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s: Failed to split long buffer into small pieces",
+                         "NotifyDataChanged");
+        return;
+    }
+    for (const auto& piece : pieces) {
+        const std::string text = Base64::Encode(piece);
+        // Looked up for each piece: a notifier may unregister itself from inside its call.
+        const std::shared_ptr<IHalNotifier> notifier = GetNotifier(handler);
+        auto description = m_handlerDescriptions.find(handler);
+        if (notifier && description != m_handlerDescriptions.end() && description->second) {
+            notifier->Notify(description->second->GetSettings(), text.data(),
+                             static_cast<unsigned int>(text.size()));
+        }
+    }
 }
 
 void HalControlManagerImpl::NotifyCurrentSystemPreset(
     const std::shared_ptr<IControlHandler>& handler) {
-    if (!GetNotifier(handler)) {
-        return;
-    }
-    NotAvailable("NotifyCurrentSystemPreset");
+    NotifyDataChanged(handler, ReplyFullPresetMessageData(MakeFullPreset(handler)));
 }
 
 }  // namespace TesselFX

@@ -13,6 +13,7 @@
 #include "control/IControlHandler.h"
 #include "control/IHalControlManager.h"
 #include "control/IHalNotifier.h"
+#include "protocol/MessageData.h"
 
 namespace TesselFX {
 
@@ -30,6 +31,23 @@ class HalControlManagerImpl : public IHalControlManager {
         ControlHandlerVolumeChangedListener(HalControlManagerImpl* manager,
                                             const std::shared_ptr<IControlHandler>& handler);
         bool OnVolumeChanged(const double& volumeDb) override;
+
+      private:
+        HalControlManagerImpl* m_manager;
+        std::shared_ptr<IControlHandler> m_handler;
+    };
+
+    /// Turns a handler's parameter and chunk changes into notifications. Holds the manager by
+    /// plain pointer: the manager outlives it, since it registers an empty listener with the
+    /// handler when the notifier goes and when it is destroyed itself.
+    class ControlHandlerParametersAndChunksChangedListener
+        : public IParametersAndChunksChangedListener {
+      public:
+        ControlHandlerParametersAndChunksChangedListener(
+            HalControlManagerImpl* manager, const std::shared_ptr<IControlHandler>& handler);
+        void OnParametersChanged(const std::map<unsigned int, double>& parameters) override;
+        /// One notification per chunk, in index order.
+        void OnChunksChanged(const std::map<unsigned int, std::vector<char>>& chunks) override;
 
       private:
         HalControlManagerImpl* m_manager;
@@ -150,10 +168,24 @@ class HalControlManagerImpl : public IHalControlManager {
     /// The data command of a configured custom action: the numbers in pData select a mode pair.
     bool SetCustomAction(const zorbaudio_settings_t* settings, int id, const void* pData,
                          unsigned int size);
+    /// Drops the notifier of every selected handler and its listener; handlers without one
+    /// are passed over.
+    bool EraseNotifier(const zorbaudio_settings_t* settings);
+    /// Breaks the reference cycles between handlers and their change listeners.
+    void UnregisterParametersAndChunksChangedListeners();
     std::shared_ptr<IHalNotifier> GetNotifier(const std::shared_ptr<IControlHandler>& handler);
+    void NotifyParameterArrayChanged(const std::shared_ptr<IControlHandler>& handler,
+                                     const std::map<unsigned int, double>& parameters);
+    void NotifyChunkChanged(const std::shared_ptr<IControlHandler>& handler, unsigned int index,
+                            const std::vector<char>& data);
     void NotifyLinkLawSourceValueChanged(const std::shared_ptr<IControlHandler>& handler,
                                          unsigned int sourceIndex, double value);
+    /// The full preset of the handler, as a notification of id 51.
     void NotifyCurrentSystemPreset(const std::shared_ptr<IControlHandler>& handler);
+    /// Hands message to the handler's notifier as base64 text, cut into pieces of at most
+    /// maxNotificationSize bytes when it is longer.
+    void NotifyDataChanged(const std::shared_ptr<IControlHandler>& handler,
+                           const MessageData& message);
 
     ControlHandlerMap m_controlHandlers;
     std::map<std::shared_ptr<IControlHandler>, std::shared_ptr<IControlDescription>>

@@ -209,8 +209,8 @@ TEST(ZbApiTest, LaterFeaturesFailWithALogLine) {
                                        "GetCommand: command parser is not available",
                                        "zb_set_command: command is null",
                                        "no valid ControlHandler",
-                                       "HalNotifier is not available",
-                                       "RegisterNotifier is not available",
+                                       "no valid ControlHandler",
+                                       "no valid ControlHandler",
                                    }));
 }
 

@@ -448,14 +448,6 @@ TEST(HalControlManagerImplTest, LinkLawParametersAndFullPresetsWalkTheHandlers) 
                                         kNoHandler, kNoHandler}));
 }
 
-TEST(HalControlManagerImplTest, OperationsThatAreNotAvailableFailWithALogLine) {
-    Fixture f({"1"});
-    auto settings = Search(1);
-    LogCapture capture;
-    EXPECT_FALSE(f.manager.RegisterNotifier(settings->GetSettings(), nullptr));
-    EXPECT_EQ(ErrorTexts(capture), (std::vector<std::string>{"RegisterNotifier is not available"}));
-}
-
 TEST(HalControlManagerTest, CommandsGoToTheParserAndTheRestToTheImpl) {
     auto parser = std::make_shared<NiceMock<MockCommandParser>>();
     std::shared_ptr<IHalControlManager> registered;

@@ -1,13 +1,18 @@
 # make demo   builds everything and runs zbctl on the bundled example
 # make test   builds everything and runs every test through CTest
 # SANITIZE=address,undefined or SANITIZE=thread builds into a directory of its own.
+# make test-aarch64  cross-builds for 64-bit ARM into build-aarch64/, runs CTest under qemu-aarch64
+#                    and builds a C consumer against the installed arm64 tree
+# make test-soong    builds libzbhalcontroller.so from Android.bp with mini-soong into build-soong/
+#                    and runs the end-to-end tests against it
+# make test-install  installs build/ into a scratch prefix and builds a C consumer against it
 SANITIZE ?=
 BUILD_TYPE ?= RelWithDebInfo
 comma := ,
 BUILD_DIR ?= build$(if $(SANITIZE),-$(subst $(comma),-,$(SANITIZE)))
 JOBS ?= $(shell nproc)
 
-.PHONY: all bootstrap configure build test demo clean
+.PHONY: all bootstrap configure build test demo clean test-aarch64 test-soong test-install
 
 all: build
 
@@ -25,6 +30,26 @@ test: build
 
 demo: build
 	@$(BUILD_DIR)/tools/zbctl/zbctl run
+
+# A test that hangs fails after this many seconds instead of stalling the run.
+TEST_TIMEOUT ?= 300
+AARCH64_DIR ?= build-aarch64
+
+test-aarch64:
+	@scripts/bootstrap aarch64
+	@fresh=$$([ -f $(AARCH64_DIR)/CMakeCache.txt ] || echo 1); \
+	  cmake -S . -B $(AARCH64_DIR) -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) \
+	    -DCMAKE_TOOLCHAIN_FILE=cmake/aarch64-linux-gnu.cmake >/dev/null || \
+	  { [ -z "$$fresh" ] || rm -rf $(AARCH64_DIR); exit 1; }
+	@cmake --build $(AARCH64_DIR) -j $(JOBS)
+	@cd $(AARCH64_DIR) && ctest --output-on-failure -j $(JOBS) --timeout $(TEST_TIMEOUT)
+	@scripts/test-install $(AARCH64_DIR)
+
+test-soong: bootstrap
+	@TEST_TIMEOUT=$(TEST_TIMEOUT) scripts/test-soong
+
+test-install: build
+	@scripts/test-install $(BUILD_DIR)
 
 clean:
 	rm -rf build build-*

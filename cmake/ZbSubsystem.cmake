@@ -21,6 +21,19 @@ function(zb_test name)
   endif()
   add_executable(test_${name} ${sources})
   target_link_libraries(test_${name} PRIVATE ${ARGN} zb_test_support GTest::gmock_main)
-  gtest_discover_tests(test_${name} DISCOVERY_MODE PRE_TEST
-                       PROPERTIES ENVIRONMENT "ZB_TEST_DATA_DIR=${PROJECT_SOURCE_DIR}/tests/data")
+  zb_register_gtest(test_${name} "ZB_TEST_DATA_DIR=${PROJECT_SOURCE_DIR}/tests/data")
+endfunction()
+
+# zb_register_gtest(TARGET [ENVIRONMENT...]) registers a gtest binary with CTest: each case as a
+# test of its own, or, in a cross build whose tests run under an emulator, the whole binary as
+# one test, since the emulator's start-up then outweighs most cases.
+function(zb_register_gtest target)
+  if(CMAKE_CROSSCOMPILING_EMULATOR)
+    add_test(NAME ${target} COMMAND ${target})
+    if(ARGN)
+      set_tests_properties(${target} PROPERTIES ENVIRONMENT "${ARGN}")
+    endif()
+  else()
+    gtest_discover_tests(${target} DISCOVERY_MODE PRE_TEST PROPERTIES ENVIRONMENT "${ARGN}")
+  endif()
 endfunction()

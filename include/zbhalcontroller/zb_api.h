@@ -42,7 +42,7 @@ typedef struct zorbaudio_stream_volume_t {
 
 #ifdef __cplusplus
 static_assert(sizeof(zorbaudio_stream_volume_t) == 8, "zorbaudio_stream_volume_t is 8 bytes");
-#else
+#elif defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L
 _Static_assert(sizeof(zorbaudio_stream_volume_t) == 8, "zorbaudio_stream_volume_t is 8 bytes");
 #endif
 

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "LogCapture.h"
+#include "PresetTestData.h"
 #include "preset/PresetFactory.h"
 #include "preset/SuperPreset.h"
 #include "preset/UserPreset.h"
@@ -10,6 +11,7 @@
 namespace TesselFX {
 namespace {
 
+using test::Concat;
 using test::LogCapture;
 
 // One law: version 1, master 2800, source 0, target 100, "Linear", one point (0, 5), no
@@ -64,17 +66,7 @@ const std::vector<char> kOneLaw = {0x32,
                                    0x00,
                                    0x00,
                                    0x00};
-// The clearing marker as it is serialized: 42 bytes, source -3, ids -1.
-const std::vector<char> kMarker = {0x2A, 0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, -1,   -1,   -1,
-                                   -1,   -3,   -1,   -1,   -1,   -1,   -1,   -1,   -1,   0x06, 0x00,
-                                   0x00, 0x00, 'L',  'i',  'n',  'e',  'a',  'r',  0x00, 0x00, 0x00,
-                                   0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00};
-
-std::vector<char> Concat(const std::vector<char>& a, const std::vector<char>& b) {
-    std::vector<char> out = a;
-    out.insert(out.end(), b.begin(), b.end());
-    return out;
-}
+const std::vector<char> kMarker = test::ClearingMarker();
 
 TEST(Preset, ParametersChunksAndIdentity) {
     LogCapture capture;

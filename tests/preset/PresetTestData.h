@@ -25,9 +25,10 @@ inline std::vector<char> LawOnTarget200() {
 
 // The clearing marker as a user preset writes it: 42 bytes, source -3, other ids -1.
 inline std::vector<char> ClearingMarker() {
-    return {0x2A, 0,   0,  0,  1,  0,  0, 0, -1, -1, -1,  -1,  -3,  -1,
-            -1,   -1,  -1, -1, -1, -1, 6, 0, 0,  0,  'L', 'i', 'n', 'e',
-            'a',  'r', 0,  0,  0,  0,  0, 0, 0,  0,  0,   0,   0,   0};
+    const char m1 = B(0xFF);
+    return {0x2A, 0,   0,  0,  1,  0,  0, 0, m1, m1, m1,  m1,  B(0xFD), m1,
+            m1,   m1,  m1, m1, m1, m1, 6, 0, 0,  0,  'L', 'i', 'n',     'e',
+            'a',  'r', 0,  0,  0,  0,  0, 0, 0,  0,  0,   0,   0,       0};
 }
 
 inline std::vector<char> Concat(std::vector<char> a, const std::vector<char>& b) {

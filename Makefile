@@ -1,13 +1,20 @@
-# make demo   builds everything and runs zbctl on the bundled example
-# make test   builds everything and runs every test through CTest
+# make demo        builds everything and runs zbctl on the bundled example
+# make test        builds everything and runs every test through CTest
 # SANITIZE=address,undefined or SANITIZE=thread builds into a directory of its own.
+# make test-asan   the whole test suite under AddressSanitizer and UndefinedBehaviorSanitizer
+# make test-tsan   the threaded tests only (THREADED_TESTS) under ThreadSanitizer
+# make fuzz        builds the libFuzzer targets (clang) and runs each for SECONDS seconds
 SANITIZE ?=
 BUILD_TYPE ?= RelWithDebInfo
 comma := ,
 BUILD_DIR ?= build$(if $(SANITIZE),-$(subst $(comma),-,$(SANITIZE)))
 JOBS ?= $(shell nproc)
+SECONDS ?= 60
+FUZZ_DIR ?= build-fuzz
+# Test binaries whose cases start threads.
+THREADED_TESTS ?= test_log test_stress
 
-.PHONY: all bootstrap configure build test demo clean
+.PHONY: all bootstrap configure build test demo clean test-asan test-tsan fuzz-build fuzz
 
 all: build
 
@@ -25,6 +32,27 @@ test: build
 
 demo: build
 	@$(BUILD_DIR)/tools/zbctl/zbctl run
+
+test-asan:
+	@$(MAKE) --no-print-directory test SANITIZE=address,undefined
+
+# Builds only the threaded test binaries and what they load, and runs them directly: CTest
+# would want every test binary of the tree.
+test-tsan: bootstrap
+	@cmake -S . -B build-thread -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) -DZB_SANITIZE=thread >/dev/null
+	@cmake --build build-thread -j $(JOBS) --target $(THREADED_TESTS)
+	@for test in $(THREADED_TESTS); do \
+	  echo "== $$test (thread sanitizer)"; \
+	  TSAN_OPTIONS=halt_on_error=1 build-thread/tests/$$test --gtest_brief=1 || exit 1; \
+	done
+
+fuzz-build: bootstrap
+	@CC=clang-14 CXX=clang++-14 cmake -S . -B $(FUZZ_DIR) -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) \
+	  -DZB_FUZZ=ON -DZB_BUILD_TESTS=OFF -DZB_SANITIZE=address,undefined >/dev/null
+	@cmake --build $(FUZZ_DIR) -j $(JOBS) --target fuzzers
+
+fuzz: fuzz-build
+	@scripts/fuzz $(FUZZ_DIR) $(SECONDS)
 
 clean:
 	rm -rf build build-*

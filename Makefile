@@ -1,18 +1,26 @@
-# make demo   builds everything and runs zbctl on the bundled example
-# make test   builds everything and runs every test through CTest
+# make demo        builds everything and runs zbctl on the bundled example
+# make test        builds everything and runs every test through CTest
 # SANITIZE=address,undefined or SANITIZE=thread builds into a directory of its own.
 # make test-aarch64  cross-builds for 64-bit ARM into build-aarch64/, runs CTest under qemu-aarch64
 #                    and builds a C consumer against the installed arm64 tree
 # make test-soong    builds libzbhalcontroller.so from Android.bp with mini-soong into build-soong/
 #                    and runs the end-to-end tests against it
 # make test-install  installs build/ into a scratch prefix and builds a C consumer against it
+# make test-asan   the whole test suite under AddressSanitizer and UndefinedBehaviorSanitizer
+# make test-tsan   the threaded tests only (THREADED_TESTS) under ThreadSanitizer
+# make fuzz        builds the libFuzzer targets (clang) and runs each for SECONDS seconds
 SANITIZE ?=
 BUILD_TYPE ?= RelWithDebInfo
 comma := ,
 BUILD_DIR ?= build$(if $(SANITIZE),-$(subst $(comma),-,$(SANITIZE)))
 JOBS ?= $(shell nproc)
+SECONDS ?= 60
+FUZZ_DIR ?= build-fuzz
+# Test binaries whose cases start threads.
+THREADED_TESTS ?= test_log test_stress
 
-.PHONY: all bootstrap configure build test demo clean test-aarch64 test-soong test-install
+.PHONY: all bootstrap configure build test demo clean test-aarch64 test-soong test-install \
+        test-asan test-tsan fuzz-build fuzz
 
 all: build
 
@@ -50,6 +58,26 @@ test-soong: bootstrap
 
 test-install: build
 	@scripts/test-install $(BUILD_DIR)
+test-asan:
+	@$(MAKE) --no-print-directory test SANITIZE=address,undefined
+
+# Builds only the threaded test binaries and what they load, and runs them directly: CTest
+# would want every test binary of the tree.
+test-tsan: bootstrap
+	@cmake -S . -B build-thread -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) -DZB_SANITIZE=thread >/dev/null
+	@cmake --build build-thread -j $(JOBS) --target $(THREADED_TESTS)
+	@for test in $(THREADED_TESTS); do \
+	  echo "== $$test (thread sanitizer)"; \
+	  TSAN_OPTIONS=halt_on_error=1 build-thread/tests/$$test --gtest_brief=1 || exit 1; \
+	done
+
+fuzz-build: bootstrap
+	@CC=clang-14 CXX=clang++-14 cmake -S . -B $(FUZZ_DIR) -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) \
+	  -DZB_FUZZ=ON -DZB_BUILD_TESTS=OFF -DZB_SANITIZE=address,undefined >/dev/null
+	@cmake --build $(FUZZ_DIR) -j $(JOBS) --target fuzzers
+
+fuzz: fuzz-build
+	@scripts/fuzz $(FUZZ_DIR) $(SECONDS)
 
 clean:
 	rm -rf build build-*

@@ -1,7 +1,5 @@
 #include "preset/PresetHandle.h"
 
-#include <stdexcept>
-
 #include "log/TesselLog.h"
 #include "preset/IPresetHandleListener.h"
 #include "preset/ParameterMaps.h"
@@ -10,17 +8,6 @@
 #include "preset/SuperPreset.h"
 
 namespace TesselFX {
-
-namespace {
-
-template <typename Map>
-const typename Map::mapped_type& At(const Map& map, const typename Map::key_type& key) {
-    const auto found = map.find(key);
-    if (found == map.end()) throw std::out_of_range("map::at:  key not found");
-    return found->second;
-}
-
-}  // namespace
 
 void PresetHandle::SuperPresetChangeListener::Changed() {
     m_handle->m_superPresetChanged = true;
@@ -76,13 +63,25 @@ void PresetHandle::Refresh() {
 void PresetHandle::MergePresets() {
     std::vector<std::shared_ptr<const IPreset>> systemList;
     std::vector<std::shared_ptr<IPreset>> userList;
-    systemList.push_back(At(m_systemPresets, OmSmSubtypeMask{m_om, m_sm, 0}));
-    userList.push_back(At(m_userPresets, OmSmSubtypeMask{m_om, m_sm, 0}));
+    // A file may lack a preset that the masks name: a pair without a base preset, or a bit
+    // that only a mask of several bits carries. Such a key is left out of the merge.
+    const auto addPair = [&](SubtypeMasks mask) {
+        const OmSmSubtypeMask key{m_om, m_sm, mask};
+        const auto system = m_systemPresets.find(key);
+        const auto user = m_userPresets.find(key);
+        if (system == m_systemPresets.end() || user == m_userPresets.end()) {
+            TESSEL_LOG_ERROR(TESSEL_LOG_FXModule,
+                             "MergePresets om %u sm %u subTypeMask 0x%x: no preset", m_om, m_sm,
+                             mask);
+            return;
+        }
+        systemList.push_back(system->second);
+        userList.push_back(user->second);
+    };
+    addPair(0);
     for (uint32_t bit = 0; bit < 32; ++bit) {
         const SubtypeMasks mask = 1u << bit;
-        if ((m_subTypeMask & mask) == 0) continue;
-        systemList.push_back(At(m_systemPresets, OmSmSubtypeMask{m_om, m_sm, mask}));
-        userList.push_back(At(m_userPresets, OmSmSubtypeMask{m_om, m_sm, mask}));
+        if ((m_subTypeMask & mask) != 0) addPair(mask);
     }
     SortByPresetOrder(systemList);
     SortByPresetOrder(userList);

@@ -15,8 +15,8 @@ namespace TesselFX {
 /// The merged view of one mode pair. The final map is computed on the first read after a
 /// change, in three stages: the presets (system, then user twin, for the base and each
 /// enabled subtype in preset order), the super preset over them, the link laws over all.
-/// No locks; notifications to the listener run inside the changing call. A merge throws
-/// std::out_of_range when an enabled subtype or the base has no preset.
+/// No locks; notifications to the listener run inside the changing call. A base or enabled
+/// subtype without a preset (a malformed file) is left out of the merge with an error line.
 class PresetHandle : public IPresetHandle {
   public:
     PresetHandle(uint32_t om, uint32_t sm, SubtypeMasks supportedSubtypeMasks,

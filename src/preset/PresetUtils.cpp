@@ -1,7 +1,6 @@
 #include "preset/PresetUtils.h"
 
 #include <algorithm>
-#include <stdexcept>
 
 #include "log/TesselLog.h"
 #include "preset/BinaryPrimitives.h"
@@ -189,12 +188,7 @@ bool PresetUtils::GetParametersFromZpsBuffer(const std::vector<char>& buffer, un
     std::shared_ptr<IPresetHandle> handle = presetSet->RequestPresetHandle(om, sm);
     if (!handle) return false;
     handle->SetSubtypeMasks(masks);
-    try {
-        parameters = handle->GetAllParameters();
-    } catch (const std::out_of_range&) {
-        // A file whose pair has no base preset has no merged view.
-        return false;
-    }
+    parameters = handle->GetAllParameters();
     handle->GetChunk(static_cast<int>(ZBAC_LINKLAWS), linkLawChunk);
     return true;
 }

@@ -285,16 +285,16 @@ TEST(PresetHandle, NotificationsFollowTheEnabledMask) {
     EXPECT_TRUE(capture.Has(1, "NotifyChanged m_om 1 m_sm 1 m_subTypeMask 0x1 subTypeMasks 0x2"));
 }
 
-TEST(PresetHandle, MissingBasePresetThrowsOnRead) {
+TEST(PresetHandle, PresetsMissingFromTheFileAreLeftOutOfTheMerge) {
+    // A pair without a base preset made the merge throw std::out_of_range, out through every
+    // exported call that reads the handle.
     LogCapture capture;
     Fixture f;
     auto handle = f.set->RequestPresetHandle(2, 2);
-    try {
-        handle->GetAllParameters();
-        FAIL() << "no exception";
-    } catch (const std::out_of_range& error) {
-        EXPECT_STREQ(error.what(), "map::at:  key not found");
-    }
+    handle->SetSubtypeMasks(1);
+    EXPECT_EQ(handle->GetAllParameters(), (std::map<unsigned int, double>{{10, 5}}));
+    EXPECT_TRUE(capture.Has(4, "MergePresets om 2 sm 2 subTypeMask 0x0: no preset"));
+    EXPECT_FALSE(capture.HasFragment("subTypeMask 0x1: no preset"));
 }
 
 }  // namespace

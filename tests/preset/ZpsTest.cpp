@@ -245,6 +245,33 @@ TEST(ZpsBufferReader, SurvivesEveryTruncationAndCorruption) {
     }
 }
 
+// Found by fuzzing: the only preset of (1,2) has the mask 0x3D of five bits and there is no
+// base preset. Reading the pair's merged view threw std::out_of_range.
+TEST(ZpsBufferReader, APairWithoutBasePresetOrWithAMultiBitMaskMergesToNothing) {
+    LogCapture capture;
+    const std::vector<char> file = {
+        'B', 'P', 'B', 'Z', 0x2C, 0, 0, 0,  // magic, total 44
+        0x20, 0, 0, 0, 4, 1, 0,             // presets section of 32 bytes, one preset
+        // Preset (1,2,0x3D): 27 bytes, 1 item, priority 0, flags 0, no names.
+        0x1B, 0, 1, 2, 0x3D, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 12, 0, 0, 8, 0, 0, 0, 0, 0, 0, 0,
+        0x10, 0x40};  // parameter 12 = 4.0
+    ASSERT_EQ(file.size(), 44u);
+    auto reader = MakeReader();
+    ASSERT_TRUE(reader->ParseBuffer(file, false));
+    auto set = reader->Read();
+    ASSERT_TRUE(set);
+    EXPECT_EQ(set->GetSupportedSubtypeMasks(1, 2), 0x3Du);
+    auto handle = set->RequestPresetHandle(1, 2);
+    ASSERT_TRUE(handle);
+    handle->SetSubtypeMasks(0x3D);
+    EXPECT_TRUE(handle->GetAllParameters().empty());
+    for (const char* mask : {"0x0", "0x1", "0x4", "0x8", "0x10", "0x20"}) {
+        EXPECT_TRUE(capture.Has(
+            4, std::string("MergePresets om 1 sm 2 subTypeMask ") + mask + ": no preset"))
+            << mask;
+    }
+}
+
 std::shared_ptr<IPresetSet> ChangedSet() {
     auto reader = MakeReader();
     EXPECT_TRUE(reader->ParseBuffer(SystemFile(), false));

@@ -58,6 +58,7 @@ test-soong: bootstrap
 
 test-install: build
 	@scripts/test-install $(BUILD_DIR)
+
 test-asan:
 	@$(MAKE) --no-print-directory test SANITIZE=address,undefined
 

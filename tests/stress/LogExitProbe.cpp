@@ -1,7 +1,7 @@
 // Loads the logger probe module, turns on level 0 and the file output, and has threads log
 // through it; then either unloads the module with dlclose once the threads are done
 // ("dlclose"), or ends the process with exit() while they are still logging ("exit").
-// Usage: log_exit_probe dlclose|exit MODULE LOGFILE. Exit status 0 when all went well.
+// Usage: log_unload_probe dlclose|exit MODULE LOGFILE. Exit status 0 when all went well.
 #include <dlfcn.h>
 
 #include <atomic>

@@ -1,6 +1,6 @@
 // The logger under load at its end: threads log at level 0 with the file output on while the
 // library that holds the logger is closed with dlclose, or while the process exits. Each case
-// runs log_exit_probe in a child process, which must end on its own with status 0 (no crash,
+// runs log_unload_probe in a child process, which must end on its own with status 0 (no crash,
 // no sanitizer report, no hang) and leave its lines in the log file.
 
 #include <gtest/gtest.h>

@@ -606,22 +606,23 @@ void ControlHandler::NotifyParametersAndChunksChanged(
     // local copy keeps it alive until both calls are over.
     const std::shared_ptr<IParametersAndChunksChangedListener> listener =
         m_parametersAndChunksChangedListener;
-    if (listener) {
-        // Values compare as doubles: a NaN always counts as a change.
-        if (m_notifyParameters && parameters != m_lastParameters) {
-            listener->OnParametersChanged(parameters);
-        }
-        // Two empty chunk maps count as different.
-        const bool chunksChanged =
-            (chunks.empty() && m_lastChunks.empty()) || chunks != m_lastChunks;
-        if (m_notifyChunks && chunksChanged) {
-            listener->OnChunksChanged(chunks);
-        }
-    }
+    // Values compare as doubles: a NaN always counts as a change.
+    const bool tellParameters = listener && m_notifyParameters && parameters != m_lastParameters;
+    // Two empty chunk maps count as different.
+    const bool tellChunks = listener && m_notifyChunks &&
+                            ((chunks.empty() && m_lastChunks.empty()) || chunks != m_lastChunks);
+    // The baseline moves before the listener runs: a notifier that changes something from
+    // inside its call is then compared with what it was just told, and a repeated change ends.
     m_notifyParameters = false;
     m_notifyChunks = false;
     m_lastParameters = parameters;
     m_lastChunks = chunks;
+    if (tellParameters) {
+        listener->OnParametersChanged(parameters);
+    }
+    if (tellChunks) {
+        listener->OnChunksChanged(chunks);
+    }
 }
 
 bool ControlHandler::IsTuningMode() { return m_tuningPreset != nullptr; }

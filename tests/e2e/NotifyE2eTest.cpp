@@ -94,9 +94,7 @@ TEST_F(NotifyE2eTest, ANotifierMayCallBackIntoTheLibrary) {
     ASSERT_EQ(zb_set_active(m_handle, 1, 1, 2), 1);
     m_tool.TakeFrames();
 
-    // A change made from inside the callback is announced from inside it. The handler is in
-    // the middle of its change then and has not taken the new baseline yet: the callback
-    // changes once only.
+    // A change made from inside the callback is announced from inside it.
     int calls = 0;
     m_tool.onNotify = [&] {
         ++calls;
@@ -110,6 +108,21 @@ TEST_F(NotifyE2eTest, ANotifierMayCallBackIntoTheLibrary) {
     EXPECT_EQ(calls, 2);
     EXPECT_EQ(m_tool.TakeFrames(), (Frames{Msg(4, Pairs({{1, 0.0}, {1022, 6.0}})),
                                            Msg(4, Pairs({{1, 0.0}, {1022, 7.0}}))}));
+
+    // A notifier that makes the same change from inside every call is told of it once: the
+    // handler compares with what it last announced.
+    calls = 0;
+    m_tool.onNotify = [&] {
+        ++calls;
+        EXPECT_EQ(zb_set_parameter(m_handle, 1, 1022, 8.0), 1);
+    };
+    ASSERT_EQ(zb_set_parameter(m_handle, 1, 1022, 6.5), 1);
+    EXPECT_EQ(calls, 2);
+    EXPECT_EQ(m_tool.TakeFrames(), (Frames{Msg(4, Pairs({{1, 0.0}, {1022, 6.5}})),
+                                           Msg(4, Pairs({{1, 0.0}, {1022, 8.0}}))}));
+    m_tool.onNotify = nullptr;
+    ASSERT_EQ(zb_set_parameter(m_handle, 1, 1022, 7.0), 1);
+    m_tool.TakeFrames();
 
     // The notifier may unregister itself from inside its own call.
     m_tool.onNotify = [&] { EXPECT_EQ(zb_register_notifier(m_handle, 1, nullptr), 1); };

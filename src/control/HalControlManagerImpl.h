@@ -120,6 +120,10 @@ class HalControlManagerImpl : public IHalControlManager {
     /// The handlers whose description matches the search record, in map order.
     HandlerList GetControlHandlers(const zorbaudio_settings_t* settings);
 
+    /// The handler's parameters and link-law chunk as it reads them, each flagged valid when
+    /// the read worked, and the link-law source values last given for it.
+    TesselTuning::FullPreset MakeFullPreset(const std::shared_ptr<IControlHandler>& handler);
+
     /// Last link-law source values per handler.
     const std::map<std::shared_ptr<IControlHandler>, std::map<unsigned int, double>>&
     GetLinkLawSourceValues() const {
@@ -146,6 +150,7 @@ class HalControlManagerImpl : public IHalControlManager {
     std::shared_ptr<IHalNotifier> GetNotifier(const std::shared_ptr<IControlHandler>& handler);
     void NotifyLinkLawSourceValueChanged(const std::shared_ptr<IControlHandler>& handler,
                                          unsigned int sourceIndex, double value);
+    void NotifyCurrentSystemPreset(const std::shared_ptr<IControlHandler>& handler);
 
     ControlHandlerMap m_controlHandlers;
     std::map<std::shared_ptr<IControlHandler>, std::shared_ptr<IControlDescription>>

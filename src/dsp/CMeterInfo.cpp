@@ -1,24 +1,9 @@
 #include "dsp/CMeterInfo.h"
 
-#include <cstring>
-
 #include "log/TesselLog.h"
+#include "preset/BinaryPrimitives.h"
 
 namespace TesselFX {
-
-namespace {
-
-void AppendU32(std::vector<char>& out, uint32_t value) {
-    for (int shift = 0; shift < 32; shift += 8) out.push_back(static_cast<char>(value >> shift));
-}
-
-uint32_t ReadU32(const char* data) {
-    const auto* bytes = reinterpret_cast<const unsigned char*>(data);
-    return static_cast<uint32_t>(bytes[0]) | static_cast<uint32_t>(bytes[1]) << 8 |
-           static_cast<uint32_t>(bytes[2]) << 16 | static_cast<uint32_t>(bytes[3]) << 24;
-}
-
-}  // namespace
 
 CMeterInfo::CMeterInfo(uint32_t index, uint32_t type, uint32_t mode)
     : m_index(index), m_type(type), m_mode(mode) {}
@@ -30,11 +15,10 @@ size_t CMeterInfo::GetSerializedSize() const {
     return HasResetValue() ? kSizeWithResetValue : kBaseSize;
 }
 
-void CMeterInfo::Serialize(std::vector<char>& out) const {
-    AppendU32(out, m_index);
-    AppendU32(out, m_type);
-    AppendU32(out, m_mode);
-    if (HasResetValue()) AppendU32(out, m_resetValue.GetUInt32());
+bool CMeterInfo::Serialize(char*& cursor, const char* end) const {
+    return WriteU32(cursor, end, m_index) && WriteU32(cursor, end, m_type) &&
+           WriteU32(cursor, end, m_mode) &&
+           (!HasResetValue() || WriteU32(cursor, end, m_resetValue.GetUInt32()));
 }
 
 bool CMeterInfo::Deserialize(const char* data, size_t size, size_t& consumed) {
@@ -42,7 +26,12 @@ bool CMeterInfo::Deserialize(const char* data, size_t size, size_t& consumed) {
         TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "CMeterInfo::Deserialize Not enough data for meters");
         return false;
     }
-    CMeterInfo read(ReadU32(data), ReadU32(data + 4), ReadU32(data + 8));
+    const char* cursor = data;
+    const char* end = data + size;
+    CMeterInfo read;
+    ReadU32(cursor, end, read.m_index);
+    ReadU32(cursor, end, read.m_type);
+    ReadU32(cursor, end, read.m_mode);
     if (read.HasResetValue()) {
         if (size < kSizeWithResetValue) {
             TESSEL_LOG_ERROR(
@@ -50,7 +39,9 @@ bool CMeterInfo::Deserialize(const char* data, size_t size, size_t& consumed) {
                 "CMeterInfo::Deserialize Not enough data for meters at for meter with reset value");
             return false;
         }
-        read.m_resetValue.Set(ReadU32(data + 12));
+        uint32_t resetValue = 0;
+        ReadU32(cursor, end, resetValue);
+        read.m_resetValue.Set(resetValue);
     }
     *this = read;
     consumed = GetSerializedSize();

@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 #include "dsp/CMeterValue.h"
 
@@ -33,8 +32,9 @@ class CMeterInfo {
 
     /// 12 or 16.
     size_t GetSerializedSize() const;
-    /// Appends the little-endian byte form to out.
-    void Serialize(std::vector<char>& out) const;
+    /// Writes the little-endian byte form field by field through the cursor; false at the
+    /// first field that does not fit before end, with the fields before it written.
+    bool Serialize(char*& cursor, const char* end) const;
     /// Reads the byte form from the first size bytes of data; on success consumed is 12 or
     /// 16. Too few bytes are logged and give false with this object unchanged.
     bool Deserialize(const char* data, size_t size, size_t& consumed);

@@ -99,6 +99,15 @@ TEST(Hifi3ReplyBufferParser, VersionReplyAndItsFailures) {
         EXPECT_EQ(parser.ParseReplyVersionBuffer(cut, version), -22) << size;
         EXPECT_EQ(version, "old");
     }
+    // A declared length beyond the reply is refused, not read.
+    capture.Clear();
+    EXPECT_EQ(parser.ParseReplyVersionBuffer(Bytes({6, 0, 0, 0, 5, 0, 0, 0, 'v', '2', '.', '1'}),
+                                             version),
+              -22);
+    EXPECT_TRUE(capture.Has(4,
+                            "Hifi3ReplyBufferParser::ParseReplyVersionBuffer text of 5 bytes "
+                            "exceeds the reply of 12 bytes"));
+    EXPECT_EQ(version, "old");
     // Extra bytes after the text are not part of it.
     std::vector<char> longer = kVersionReply;
     longer.resize(16000, 'z');

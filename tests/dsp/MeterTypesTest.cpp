@@ -44,12 +44,22 @@ TEST(CMeterInfo, ByteFormCarriesTheResetValueOnlyInModesTwoAndThree) {
     EXPECT_EQ(defaults.GetMode(), 1u);
     EXPECT_EQ(defaults.GetValueSize(), 4u);
 
-    std::vector<char> out;
-    CMeterInfo(0x0102, 2, 1, CMeterValue(0xAABBCCDDu)).Serialize(out);
-    EXPECT_EQ(out, Bytes({0x02, 0x01, 0, 0, 2, 0, 0, 0, 1, 0, 0, 0}));
-    out.clear();
-    CMeterInfo(7, 1, 3, CMeterValue(0xAABBCCDDu)).Serialize(out);
-    EXPECT_EQ(out, Bytes({7, 0, 0, 0, 1, 0, 0, 0, 3, 0, 0, 0, 0xDD, 0xCC, 0xBB, 0xAA}));
+    // Written through a bounded cursor: the fields that fit, then false at the first that
+    // does not.
+    const auto serialize = [](const CMeterInfo& info, size_t room, bool expected) {
+        std::vector<char> out(room, 0x55);
+        char* cursor = out.data();
+        EXPECT_EQ(info.Serialize(cursor, out.data() + room), expected) << room;
+        out.resize(static_cast<size_t>(cursor - out.data()));
+        return out;
+    };
+    const CMeterInfo noReset(0x0102, 2, 1, CMeterValue(0xAABBCCDDu));
+    EXPECT_EQ(serialize(noReset, 12, true), Bytes({0x02, 0x01, 0, 0, 2, 0, 0, 0, 1, 0, 0, 0}));
+    const CMeterInfo withReset(7, 1, 3, CMeterValue(0xAABBCCDDu));
+    EXPECT_EQ(serialize(withReset, 16, true),
+              Bytes({7, 0, 0, 0, 1, 0, 0, 0, 3, 0, 0, 0, 0xDD, 0xCC, 0xBB, 0xAA}));
+    EXPECT_EQ(serialize(withReset, 15, false), Bytes({7, 0, 0, 0, 1, 0, 0, 0, 3, 0, 0, 0}));
+    EXPECT_EQ(serialize(withReset, 7, false), Bytes({7, 0, 0, 0}));
     EXPECT_EQ(CMeterInfo(7, 1, 2).GetSerializedSize(), 16u);
     EXPECT_EQ(CMeterInfo(7, 1, 4).GetSerializedSize(), 12u);
 }

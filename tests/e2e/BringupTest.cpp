@@ -3,6 +3,7 @@
 // block of id 4096 + p / 16 that carries sixteen floats, the inputs p / 16 * 16 to p / 16 * 16 +
 // 15; a block is u32 id, u32 16, then the floats.
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -11,6 +12,7 @@
 #include <vector>
 
 #include "BringupFiles.h"
+#include "DspKitSim.h"
 #include "zbhalcontroller/zb_api.h"
 
 namespace bringup_test {
@@ -24,11 +26,52 @@ struct Sent {
     uint32_t replyRoom;
 };
 
+/// The DSP end played by an instance of the stand-in library, loaded on its own with dlopen.
+class StandInDsp {
+  public:
+    StandInDsp() : m_library(dlopen(DSPKIT_SIM_PATH, RTLD_NOW | RTLD_LOCAL)) {
+        if (m_library == nullptr) return;
+        const auto getSize = reinterpret_cast<decltype(&ZorbEffect_GetEffectSize)>(
+            dlsym(m_library, "ZorbEffect_GetEffectSize"));
+        const auto initialize = reinterpret_cast<decltype(&ZorbEffect_Initialize)>(
+            dlsym(m_library, "ZorbEffect_Initialize"));
+        m_message =
+            reinterpret_cast<decltype(&ZorbEffect_Message)>(dlsym(m_library, "ZorbEffect_Message"));
+        unsigned size = 0;
+        ZorbStreamFormat_t format = {48000, 2, 3, 0, 4};
+        ZorbStreamFormat_t* const formats[] = {&format};
+        if (getSize == nullptr || initialize == nullptr || getSize(&size) != 0) return;
+        m_effect.resize(size);
+        m_ready = initialize(m_effect.data(), formats, 1, formats, 1) == 0;
+    }
+    ~StandInDsp() {
+        if (m_library != nullptr) dlclose(m_library);
+    }
+    StandInDsp(const StandInDsp&) = delete;
+    StandInDsp& operator=(const StandInDsp&) = delete;
+
+    bool Ready() const { return m_ready && m_message != nullptr; }
+    /// The stand-in's answer to a request; replySize holds the room on entry.
+    int Message(const void* data, uint32_t size, void* reply, uint32_t* replySize) {
+        unsigned room = *replySize;
+        const int result = m_message(m_effect.data(), data, size, reply, &room);
+        *replySize = room;
+        return result;
+    }
+
+  private:
+    void* m_library;
+    decltype(&ZorbEffect_Message) m_message = nullptr;
+    std::vector<char> m_effect;
+    bool m_ready = false;
+};
+
 /// The host side: records every buffer and answers a request that wants a reply with
-/// versionReply.
+/// versionReply, or through dsp when one is set.
 struct Host {
     std::vector<Sent> sent;
     std::string versionReply;
+    StandInDsp* dsp = nullptr;
 };
 
 int RecordingSender(void* handle, uint32_t instance, const void* data, uint32_t size, void* reply,
@@ -36,34 +79,15 @@ int RecordingSender(void* handle, uint32_t instance, const void* data, uint32_t 
     Host* host = static_cast<Host*>(context);
     host->sent.push_back({handle, instance, std::string(static_cast<const char*>(data), size),
                           reply != nullptr, replySize != nullptr ? *replySize : 0});
+    if (reply != nullptr && host->dsp != nullptr && replySize != nullptr) {
+        return host->dsp->Message(data, size, reply, replySize);
+    }
     if (reply != nullptr) {
         if (replySize == nullptr || *replySize < host->versionReply.size()) return -1;
         std::memcpy(reply, host->versionReply.data(), host->versionReply.size());
         *replySize = static_cast<uint32_t>(host->versionReply.size());
     }
     return 0;
-}
-
-/// A coefficient block of the stand-in library: id, 16, then the inputs of its group.
-std::string Block(uint32_t id, const std::map<unsigned, float>& inputs) {
-    std::string out;
-    PutU32(out, id);
-    PutU32(out, 16);
-    for (unsigned i = 0; i < 16; ++i) {
-        auto found = inputs.find(i);
-        PutF32(out, found == inputs.end() ? 0.0f : found->second);
-    }
-    return out;
-}
-
-/// A set-coefficients frame: opcode 1, payload length, the blocks.
-std::string Frame(const std::vector<std::string>& blocks) {
-    std::string payload;
-    for (const std::string& block : blocks) payload += block;
-    std::string out;
-    PutU32(out, 1);
-    PutU32(out, static_cast<uint32_t>(payload.size()));
-    return out + payload;
 }
 
 PresetRecord Preset(uint32_t om, uint32_t sm, uint32_t mask, uint32_t priority,
@@ -246,6 +270,43 @@ TEST_F(BringupTest, LinkLawMovesItsTargetWithTheVolume) {
     EXPECT_EQ(Take(), Frames{Frame({Block(4160, {{14, 1000.0f}}), Block(4271, {{0, 100.0f}})})});
 }
 
+TEST_F(BringupTest, LinkLawValuesMoveTheTargetOnlyWhileLinkLawsAreActive) {
+    ASSERT_EQ(Init(), 1);
+    ASSERT_EQ(zb_set_active(m_handle, 1, 4, 1), 1);
+    Take();
+
+    // Active: the master value 25 drives the law (tenths: 250 on the point scale), and
+    // parameter 2800 mirrors it. The source's own value (-20 dB) never reaches the DSP.
+    ASSERT_EQ(zb_set_linklaws_value(m_handle, 1, 0, -20.0, 25.0), 1);
+    EXPECT_EQ(Take(), Frames{Frame({Block(4160, {{14, 250.0f}}), Block(4271, {{0, 25.0f}})})});
+    ASSERT_EQ(zb_set_linklaws_value(m_handle, 1, 0, -20.0, 25.0), 1);
+    EXPECT_TRUE(Take().empty());
+
+    // Simulated: the preset's own value of the target comes back and sources move nothing.
+    ASSERT_EQ(zb_set_parameter(m_handle, 1, 2820, 1.0), 1);
+    EXPECT_EQ(Take(),
+              Frames{Frame({Block(4160, {{14, 0.5f}}), Block(4272, {{4, 1.0f}, {5, 1.0f}})})});
+    ASSERT_EQ(zb_set_linklaws_value(m_handle, 1, 0, -10.0, 40.0), 1);
+    EXPECT_TRUE(Take().empty());
+
+    // Disabled: the same.
+    ASSERT_EQ(zb_set_parameter(m_handle, 1, 2821, 0.0), 1);
+    EXPECT_EQ(Take(), Frames{Frame({Block(4272, {{4, 1.0f}, {5, 0.0f}})})});
+    ASSERT_EQ(zb_set_linklaws_value(m_handle, 1, 0, -5.0, 75.0), 1);
+    EXPECT_TRUE(Take().empty());
+
+    // Active again: the last master value given while off is in force.
+    const uint32_t ids[] = {2820, 2821};
+    const double values[] = {0.0, 1.0};
+    ASSERT_EQ(zb_set_parameters_array(m_handle, 1, 2, ids, values), 1);
+    EXPECT_EQ(Take(), Frames{Frame({Block(4160, {{14, 750.0f}}), Block(4271, {{0, 75.0f}}),
+                                    Block(4272, {{4, 0.0f}, {5, 1.0f}})})});
+
+    // Another instance has no handler.
+    EXPECT_EQ(zb_set_linklaws_value(m_handle, 2, 0, -5.0, 10.0), 0);
+    EXPECT_TRUE(Take().empty());
+}
+
 TEST_F(BringupTest, WaitForFlushKeepsChangesAndFlushSendsThemOnce) {
     ASSERT_EQ(Init(), 1);
     ASSERT_EQ(zb_set_active(m_handle, 1, 1, 2), 1);
@@ -282,6 +343,17 @@ TEST_F(BringupTest, VersionsOfDspDspKitAndLibrary) {
 
     m_host.versionReply = std::string("\x03\x00\x00\x00\x00\x00\x00\x00", 8);
     EXPECT_EQ(zb_get_version(m_handle, 1, "dsp", text, sizeof(text)), 0);
+    // A version text longer than the reply is refused.
+    m_host.versionReply = std::string("\x06\x00\x00\x00\x05\x00\x00\x00v2.1", 12);
+    EXPECT_EQ(zb_get_version(m_handle, 1, "dsp", text, sizeof(text)), 0);
+
+    // The stand-in library's own DSP end answers with its revision text.
+    StandInDsp dsp;
+    ASSERT_TRUE(dsp.Ready());
+    m_host.dsp = &dsp;
+    ASSERT_EQ(zb_get_version(m_handle, 1, "dsp", text, sizeof(text)), 1);
+    EXPECT_STREQ(text, "DspKitSim 1.00 stand-in");
+    m_host.dsp = nullptr;
 }
 
 TEST_F(BringupTest, ControlLineSettingsSelectTheHandlers) {

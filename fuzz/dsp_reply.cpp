@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "BringupFiles.h"
 #include "FuzzLogSink.h"
+#include "ThreeModeFiles.h"
 #include "zbhalcontroller/zb_api.h"
 
 using namespace bringup_test;
@@ -19,37 +19,6 @@ namespace {
 
 std::string g_systemPath;
 std::string g_configPath;
-
-PresetRecord Preset(uint32_t om, uint32_t sm, uint32_t mask, std::map<unsigned, double> values) {
-    PresetRecord record;
-    record.outputMode = om;
-    record.soundMode = sm;
-    record.subtypeMask = mask;
-    record.priority = mask == 0 ? 0 : 1;
-    record.name = "p" + std::to_string(om) + std::to_string(sm) + std::to_string(mask);
-    record.parameters = std::move(values);
-    return record;
-}
-
-std::string SystemPresets() {
-    PresetRecord laws = Preset(2, 1, 0, {{1, 0.0}, {1038, 0.5}, {2821, 1.0}});
-    laws.chunks[1] = LinkLaw(0, 1038, {{0.0f, 0.0f}, {1000.0f, 1000.0f}});
-    return PresetFile({Preset(1, 1, 0, {{1, 0.0}, {1006, 1.0}, {1022, 2.0}}),
-                       Preset(1, 1, 1, {{1022, 5.0}}), Preset(1, 1, 2, {{1006, 7.0}}),
-                       Preset(1, 2, 0, {{1, 0.0}, {1054, 9.0}}), laws});
-}
-
-std::string Config() {
-    return "[HAL_SUPPORTED_SAMPLE_RATES]\nrates=48000\n"
-           "[HAL_VOLUME_SUBTYPES]\nmusicVol=-20:1,0:NULL\n"
-           "[HAL_ORIENTATION_SUBTYPES]\nmusicOrient=90:2,0:DEFAULT_ANGLE\n"
-           "[HAL_VOLUME_PRIORITY]\nAUDIO_STREAM_MUSIC=VOLUME_PRIORITY_HIGH\n"
-           "[HAL_SUPPORTED_PRESETS]\nMusic=OM:1,SM:1,VST:musicVol,OST:musicOrient\n"
-           "Movie=OM:1,SM:2\nLaws=OM:2,SM:1\n"
-           "[HAL_SUPPORTED_CONTROLS]\n"
-           "Speaker=DEV:2,SR:rates,PRESET:Music|Movie|Laws,INSTANCE:1\n"
-           "[COEFS_CONVERTER_SETTING]\nDspKitPath64=" DSPKIT_SIM_PATH "\n";
-}
 
 /// Answers a send from the input: result 0 or not, and for a request with a reply, up to the
 /// room of reply bytes and a reported size that may differ from what was written.
@@ -118,8 +87,8 @@ void Call(void* handle, FuzzedDataProvider& input) {
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     TesselFX::fuzz::FuzzLogSink::Install();
     static TempDir dir;
-    g_systemPath = dir.Write("system.zps", SystemPresets());
-    g_configPath = dir.Write("hal.ini", Config());
+    g_systemPath = dir.Write("system.zps", ThreeModePresets());
+    g_configPath = dir.Write("hal.ini", ThreeModeConfig());
     // Keeps the stand-in library loaded between inputs.
     dlopen(DSPKIT_SIM_PATH, RTLD_NOW);
     return 0;

@@ -13,7 +13,7 @@
 #include <thread>
 #include <vector>
 
-#include "BringupFiles.h"
+#include "ThreeModeFiles.h"
 #include "Watchdog.h"
 #include "zbhalcontroller/zb_api.h"
 
@@ -24,37 +24,6 @@ constexpr int kThreads = 4;
 constexpr int kCallsPerThread = 300;
 constexpr uint32_t kInstance = 1;
 constexpr int kCustomAction = 300;
-
-PresetRecord Preset(uint32_t om, uint32_t sm, uint32_t mask, std::map<unsigned, double> values) {
-    PresetRecord record;
-    record.outputMode = om;
-    record.soundMode = sm;
-    record.subtypeMask = mask;
-    record.priority = mask == 0 ? 0 : 1;
-    record.name = "p" + std::to_string(om) + std::to_string(sm) + std::to_string(mask);
-    record.parameters = std::move(values);
-    return record;
-}
-
-std::string SystemPresets() {
-    PresetRecord laws = Preset(2, 1, 0, {{1, 0.0}, {1038, 0.5}, {2821, 1.0}});
-    laws.chunks[1] = LinkLaw(0, 1038, {{0.0f, 0.0f}, {1000.0f, 1000.0f}});
-    return PresetFile({Preset(1, 1, 0, {{1, 0.0}, {1006, 1.0}, {1022, 2.0}}),
-                       Preset(1, 1, 1, {{1022, 5.0}}), Preset(1, 1, 2, {{1006, 7.0}}),
-                       Preset(1, 2, 0, {{1, 0.0}, {1054, 9.0}}), laws});
-}
-
-const char kConfig[] =
-    "[HAL_SUPPORTED_SAMPLE_RATES]\nrates=48000\n"
-    "[HAL_VOLUME_SUBTYPES]\nmusicVol=-20:1,0:NULL\n"
-    "[HAL_ORIENTATION_SUBTYPES]\nmusicOrient=90:2,0:DEFAULT_ANGLE\n"
-    "[HAL_VOLUME_PRIORITY]\nAUDIO_STREAM_MUSIC=VOLUME_PRIORITY_HIGH\n"
-    "[HAL_SUPPORTED_PRESETS]\nMusic=OM:1,SM:1,VST:musicVol,OST:musicOrient\n"
-    "Movie=OM:1,SM:2\nLaws=OM:2,SM:1\n"
-    "[HAL_SUPPORTED_CONTROLS]\nSpeaker=DEV:2,SR:rates,PRESET:Music|Movie|Laws,INSTANCE:1\n"
-    "[HAL_SUPPORTED_FEATURES]\nHeadTracking=1\n"
-    "[CUSTOM_ACTION_300]\nmovie=PRIORITY:1,NUMBERS:7,PRESET:Movie\nmusic=PRIORITY:2,PRESET:Music\n"
-    "[COEFS_CONVERTER_SETTING]\nDspKitPath64=" DSPKIT_SIM_PATH "\n";
 
 const char kVersionReply[] = "\x06\0\0\0\x05\0\0\0stand";
 
@@ -249,8 +218,11 @@ void CallOne(Host& host, void* handle, unsigned choice, std::minstd_rand& random
 
 TEST(StressTest, ThreadsAndReenteringCallbacksOnTwoHandlesNeitherDeadlockNorCorrupt) {
     Host host;
-    host.presetPath = host.dir.Write("system.zps", SystemPresets());
-    host.configPath = host.dir.Write("hal.ini", kConfig);
+    host.presetPath = host.dir.Write("system.zps", ThreeModePresets());
+    host.configPath = host.dir.Write(
+        "hal.ini", ThreeModeConfig("[HAL_SUPPORTED_FEATURES]\nHeadTracking=1\n"
+                                   "[CUSTOM_ACTION_300]\nmovie=PRIORITY:1,NUMBERS:7,PRESET:Movie\n"
+                                   "music=PRIORITY:2,PRESET:Music\n"));
     for (Host::Slot& slot : host.slots) {
         slot.handle.store(NewHandle(slot));
         ASSERT_EQ(zb_set_active(slot.handle.load(), kInstance, 1, 2), 1);

@@ -1,7 +1,10 @@
 #include "control/ControlHandler.h"
 
 #include "log/TesselLog.h"
+#include "preset/CLinkLawEntrySerializer.h"
 #include "preset/LinkLawEntry.h"
+#include "preset/LinkLaws.h"
+#include "preset/TuningPreset.h"
 
 namespace TesselFX {
 
@@ -16,8 +19,9 @@ constexpr unsigned int kControlSystemVolume = 3;
 constexpr unsigned int kControlBypass = 4;
 constexpr unsigned int kControlParametersFirst = 5;
 
-bool NotAvailable(const char* operation) {
-    TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s is not available", operation);
+/// A FromTuning call on a handler that has no tuning preset.
+bool TuningNotActive() {
+    TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "tuning is not active yet");
     return false;
 }
 
@@ -631,7 +635,17 @@ bool ControlHandler::CreateTuningData() {
         TESSEL_LOG(0, TESSEL_LOG_FXModule, "tuning data already exists");
         return true;
     }
-    return NotAvailable("CreateTuningData");
+    auto tuningPreset = std::make_shared<TuningPreset>(std::make_shared<CLinkLawEntrySerializer>(),
+                                                       std::make_shared<LinkLaws>());
+    if (m_presetHandle) {
+        tuningPreset->InitFromPresetHandle(m_presetHandle);
+    } else {
+        for (const auto& value : m_linkLawValues) {
+            tuningPreset->SetLinkLawValue(value.first, value.second);
+        }
+    }
+    m_tuningPreset = tuningPreset;
+    return true;
 }
 
 bool ControlHandler::ClearTuningData() {
@@ -640,27 +654,61 @@ bool ControlHandler::ClearTuningData() {
         return true;
     }
     m_tuningPreset.reset();
+    // The system preset replaces what the tool sent.
     return m_presetHandle ? SetCurrentPreset() : true;
 }
 
-bool ControlHandler::SetParametersArrayFromTuning(const std::map<unsigned int, double>&, bool) {
-    return NotAvailable("SetParametersArrayFromTuning");
+bool ControlHandler::SetParametersArrayFromTuning(const std::map<unsigned int, double>& parameters,
+                                                  bool flag) {
+    TESSEL_LOG(1, TESSEL_LOG_FXModule, "%s SetParametersArray num_parameters = %u",
+               GetDescriptionString().c_str(), static_cast<unsigned int>(parameters.size()));
+    if (!m_tuningPreset) {
+        return TuningNotActive();
+    }
+    // No notify flag: the tool is not told of its own change. The send checks
+    // waitingForFlush itself.
+    m_tuningPreset->SetParameterArray(parameters);
+    std::map<unsigned int, double> all;
+    return GetParametersArray(all) && SetParametersArrayCommand(all, flag);
 }
 
-bool ControlHandler::SetParameterFromTuning(unsigned int, double) {
-    return NotAvailable("SetParameterFromTuning");
+bool ControlHandler::SetParameterFromTuning(unsigned int index, double value) {
+    TESSEL_LOG(1, TESSEL_LOG_FXModule, "%s SetParameterFromTuning %u = %f",
+               GetDescriptionString().c_str(), index, value);
+    if (!m_tuningPreset) {
+        return TuningNotActive();
+    }
+    return SetParametersArrayFromTuning({{index, value}}, false);
 }
 
-bool ControlHandler::SetChunkFromTuning(unsigned int, const std::vector<char>&) {
-    return NotAvailable("SetChunkFromTuning");
+bool ControlHandler::SetChunkFromTuning(unsigned int index, const std::vector<char>& data) {
+    TESSEL_LOG(1, TESSEL_LOG_FXModule, "%s SetChunkFromTuning nIndex = %u",
+               GetDescriptionString().c_str(), index);
+    m_notifyParameters = true;
+    return SetChunkFromTuningNoResponse(index, data);
 }
 
-bool ControlHandler::SetChunkFromTuningNoResponse(unsigned int, const std::vector<char>&) {
-    return NotAvailable("SetChunkFromTuningNoResponse");
+bool ControlHandler::SetChunkFromTuningNoResponse(unsigned int index,
+                                                  const std::vector<char>& data) {
+    TESSEL_LOG(1, TESSEL_LOG_FXModule, "%s SetChunkFromTuningNoResponse nIndex = %u",
+               GetDescriptionString().c_str(), index);
+    if (!m_tuningPreset) {
+        return TuningNotActive();
+    }
+    m_tuningPreset->SetChunk(index, data);
+    return SetCurrentPreset();
 }
 
-bool ControlHandler::SetFullPresetFromTuning(const TesselTuning::FullPreset&) {
-    return NotAvailable("SetFullPresetFromTuning");
+bool ControlHandler::SetFullPresetFromTuning(const TesselTuning::FullPreset& preset) {
+    // The record's link-law sources are not applied here.
+    bool result = true;
+    if (preset.hasParameters) {
+        result = SetParametersArrayFromTuning(preset.parameters, false);
+    }
+    if (preset.hasLlChunk) {
+        result = SetChunkFromTuningNoResponse(ZBAC_LINKLAWS, preset.llChunk) && result;
+    }
+    return result;
 }
 
 }  // namespace TesselFX

@@ -7,6 +7,7 @@
 #include "protocol/NewSessionId.h"
 #include "protocol/ParameterArrayMessages.h"
 #include "protocol/ParameterMessages.h"
+#include "preset/LinkLawEntry.h"
 
 namespace TesselFX {
 
@@ -18,6 +19,22 @@ constexpr const char* kHalControllerVersion = "1.553.0.0";
 /// declaration, the same text with every compiler.
 void Entering(const char* prettyName) {
     TESSEL_LOG(0, TESSEL_LOG_FXModule, "Entering function %s", prettyName);
+}
+
+/// The id form of a handler's parameter read; on success every pair found goes into
+/// parameters, overwriting.
+bool ReadParameters(IControlHandler& handler, const std::vector<unsigned int>& ids,
+                    std::map<unsigned int, double>& parameters) {
+    std::vector<unsigned int> requested = ids;
+    std::vector<unsigned int> foundIds;
+    std::vector<double> values;
+    if (!handler.GetParametersArray(requested, foundIds, values)) {
+        return false;
+    }
+    for (size_t i = 0; i < foundIds.size() && i < values.size(); ++i) {
+        parameters[foundIds[i]] = values[i];
+    }
+    return true;
 }
 
 /// An operation whose behaviour is not part of this library yet.
@@ -351,13 +368,7 @@ bool HalControlManagerImpl::GetParametersArray(const zorbaudio_settings_t* setti
             }
             continue;
         }
-        std::vector<unsigned int> requested = ids;
-        std::vector<unsigned int> foundIds;
-        std::vector<double> values;
-        if (handler->GetParametersArray(requested, foundIds, values)) {
-            for (size_t i = 0; i < foundIds.size() && i < values.size(); ++i) {
-                parameters[foundIds[i]] = values[i];
-            }
+        if (ReadParameters(*handler, ids, parameters)) {
             return true;
         }
     }
@@ -404,38 +415,101 @@ bool HalControlManagerImpl::IsFeatureSupported(const char* feature) {
     return m_supportedFeatures.count(feature) != 0;
 }
 
-bool HalControlManagerImpl::SetLinkLawsValue(const zorbaudio_settings_t*, unsigned int, double,
-                                             double) {
+bool HalControlManagerImpl::SetLinkLawsValue(const zorbaudio_settings_t* settings,
+                                             unsigned int sourceIndex, double sourceValue,
+                                             double masterValue) {
     Entering(
         "virtual bool TesselFX::HalControlManagerImpl::SetLinkLawsValue(const "
         "zorbaudio_settings_t *, unsigned int, double, double)");
-    return NotAvailable("SetLinkLawsValue");
+    TESSEL_LOG(1, TESSEL_LOG_FXModule, "%s %u %lf %lf", "SetLinkLawsValue", sourceIndex,
+               sourceValue, masterValue);
+    HandlerList handlers;
+    if (!SelectControlHandlers(settings, handlers)) {
+        return false;
+    }
+    // The handler's link laws run on the master value; the source's own value is what the
+    // manager remembers and announces.
+    bool result = true;
+    for (const auto& handler : handlers) {
+        if (!handler->SetLinkLawsValue(sourceIndex, masterValue)) {
+            result = false;
+            continue;
+        }
+        m_linkLawSourceValues[handler][sourceIndex] = sourceValue;
+        NotifyLinkLawSourceValueChanged(handler, sourceIndex, sourceValue);
+    }
+    return result;
 }
 
-bool HalControlManagerImpl::GetLinkLawsSourceValue(const zorbaudio_settings_t*, unsigned int,
-                                                   double&) {
+bool HalControlManagerImpl::GetLinkLawsSourceValue(const zorbaudio_settings_t* settings,
+                                                   unsigned int sourceIndex, double& value) {
     Entering(
         "virtual bool TesselFX::HalControlManagerImpl::GetLinkLawsSourceValue(const "
         "zorbaudio_settings_t *, unsigned int, double &)");
-    return NotAvailable("GetLinkLawsSourceValue");
+    std::map<unsigned int, double> values;
+    GetLinkLawsSourceValues(settings, {sourceIndex}, values);
+    const auto found = values.find(sourceIndex);
+    if (found == values.end()) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "sourceIndex %u is found", sourceIndex);
+        return false;
+    }
+    value = found->second;
+    return true;
 }
 
-bool HalControlManagerImpl::GetLinkLawsSourceValues(const zorbaudio_settings_t*,
-                                                    const std::vector<unsigned int>&,
-                                                    std::map<unsigned int, double>&) {
+bool HalControlManagerImpl::GetLinkLawsSourceValues(const zorbaudio_settings_t* settings,
+                                                    const std::vector<unsigned int>& ids,
+                                                    std::map<unsigned int, double>& values) {
     Entering(
         "virtual bool TesselFX::HalControlManagerImpl::GetLinkLawsSourceValues(const "
         "zorbaudio_settings_t *, const std::vector<unsigned int> &, std::map<unsigned int, "
         "double> &)");
-    return NotAvailable("GetLinkLawsSourceValues");
+    HandlerList handlers;
+    if (!SelectControlHandlers(settings, handlers)) {
+        return false;
+    }
+    values.clear();
+    const auto stored = m_linkLawSourceValues.find(handlers.front());
+    if (stored == m_linkLawSourceValues.end()) {
+        return true;
+    }
+    for (unsigned int id : ids) {
+        const auto found = stored->second.find(id);
+        if (found != stored->second.end()) {
+            values[id] = found->second;
+        }
+    }
+    return true;
 }
 
-bool HalControlManagerImpl::GetLinkLawsParametersArray(const zorbaudio_settings_t*,
-                                                       std::map<unsigned int, double>&) {
+bool HalControlManagerImpl::GetLinkLawsParametersArray(const zorbaudio_settings_t* settings,
+                                                       std::map<unsigned int, double>& values) {
     Entering(
         "virtual bool TesselFX::HalControlManagerImpl::GetLinkLawsParametersArray(const "
         "zorbaudio_settings_t *, std::map<unsigned int, double> &)");
-    return NotAvailable("GetLinkLawsParametersArray");
+    HandlerList handlers;
+    if (!SelectControlHandlers(settings, handlers)) {
+        return false;
+    }
+    for (const auto& handler : handlers) {
+        std::vector<LinkLawEntry> entries;
+        if (!handler->GetLinkLawEntries(entries)) {
+            continue;
+        }
+        std::vector<unsigned int> ids;
+        for (const LinkLawEntry& entry : entries) {
+            ids.push_back(entry.SourceControlId);
+            ids.push_back(entry.TargetParamId);
+        }
+        if (ids.empty()) {
+            return true;
+        }
+        if (ReadParameters(*handler, ids, values)) {
+            return true;
+        }
+    }
+    TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "no linklaws is valid");
+    return false;
 }
 
 bool HalControlManagerImpl::SetChunk(const zorbaudio_settings_t* settings, unsigned int index,
@@ -554,19 +628,53 @@ bool HalControlManagerImpl::GetMeters(const zorbaudio_settings_t* settings,
         "fail to get meters");
 }
 
-bool HalControlManagerImpl::SetFullPresetFromTuning(const zorbaudio_settings_t*,
-                                                    const TesselTuning::FullPreset&, bool) {
+bool HalControlManagerImpl::SetFullPresetFromTuning(const zorbaudio_settings_t* settings,
+                                                    const TesselTuning::FullPreset& preset,
+                                                    bool notify) {
     Entering(
         "virtual bool TesselFX::HalControlManagerImpl::SetFullPresetFromTuning(const "
         "zorbaudio_settings_t *, const TesselTuning::FullPreset &, bool)");
-    return NotAvailable("SetFullPresetFromTuning");
+    HandlerList handlers;
+    if (!SelectControlHandlers(settings, handlers)) {
+        return false;
+    }
+    for (const auto& handler : handlers) {
+        if (!handler->SetFullPresetFromTuning(preset)) {
+            TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "Failed to set fullPreset");
+            return false;
+        }
+    }
+    if (notify) {
+        NotifyCurrentSystemPreset(handlers.front());
+    }
+    return true;
 }
 
-bool HalControlManagerImpl::GetFullPreset(const zorbaudio_settings_t*, TesselTuning::FullPreset&) {
+bool HalControlManagerImpl::GetFullPreset(const zorbaudio_settings_t* settings,
+                                          TesselTuning::FullPreset&) {
     Entering(
         "virtual bool TesselFX::HalControlManagerImpl::GetFullPreset(const zorbaudio_settings_t "
         "*, TesselTuning::FullPreset &)");
-    return NotAvailable("GetFullPreset");
+    HandlerList handlers;
+    if (!SelectControlHandlers(settings, handlers)) {
+        return false;
+    }
+    // The answer travels as a notification, not in the argument.
+    NotifyCurrentSystemPreset(handlers.front());
+    return true;
+}
+
+TesselTuning::FullPreset HalControlManagerImpl::MakeFullPreset(
+    const std::shared_ptr<IControlHandler>& handler) {
+    TesselTuning::FullPreset preset;
+    preset.hasParameters = handler->GetParametersArray(preset.parameters);
+    preset.hasLlChunk = handler->GetChunk(ZBAC_LINKLAWS, preset.llChunk);
+    preset.hasLlSources = true;
+    const auto sources = m_linkLawSourceValues.find(handler);
+    if (sources != m_linkLawSourceValues.end()) {
+        preset.llSources = sources->second;
+    }
+    return preset;
 }
 
 bool HalControlManagerImpl::RegisterNotifier(const zorbaudio_settings_t* settings,
@@ -679,6 +787,14 @@ void HalControlManagerImpl::NotifyDataChanged(const std::shared_ptr<IControlHand
                              static_cast<unsigned int>(text.size()));
         }
     }
+}
+
+void HalControlManagerImpl::NotifyCurrentSystemPreset(
+    const std::shared_ptr<IControlHandler>& handler) {
+    if (!GetNotifier(handler)) {
+        return;
+    }
+    NotAvailable("NotifyCurrentSystemPreset");
 }
 
 }  // namespace TesselFX

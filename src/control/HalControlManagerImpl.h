@@ -138,6 +138,10 @@ class HalControlManagerImpl : public IHalControlManager {
     /// The handlers whose description matches the search record, in map order.
     HandlerList GetControlHandlers(const zorbaudio_settings_t* settings);
 
+    /// The handler's parameters and link-law chunk as it reads them, each flagged valid when
+    /// the read worked, and the link-law source values last given for it.
+    TesselTuning::FullPreset MakeFullPreset(const std::shared_ptr<IControlHandler>& handler);
+
     /// Last link-law source values per handler.
     const std::map<std::shared_ptr<IControlHandler>, std::map<unsigned int, double>>&
     GetLinkLawSourceValues() const {
@@ -177,6 +181,7 @@ class HalControlManagerImpl : public IHalControlManager {
     /// maxNotificationSize bytes when it is longer.
     void NotifyDataChanged(const std::shared_ptr<IControlHandler>& handler,
                            const MessageData& message);
+    void NotifyCurrentSystemPreset(const std::shared_ptr<IControlHandler>& handler);
 
     ControlHandlerMap m_controlHandlers;
     std::map<std::shared_ptr<IControlHandler>, std::shared_ptr<IControlDescription>>

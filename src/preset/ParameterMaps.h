@@ -3,6 +3,8 @@
 #include <map>
 #include <vector>
 
+#include "log/TesselLog.h"
+
 namespace TesselFX {
 
 /// Writes each entry of source into target, overwriting equal ids.
@@ -22,6 +24,33 @@ inline void SplitParameterMap(const std::map<unsigned int, double>& parameters,
         ids.push_back(parameter.first);
         values.push_back(parameter.second);
     }
+}
+
+/// What a read of several ids found: all of them, and at least one.
+struct ParameterLookup {
+    bool foundAll = true;
+    bool foundOne = false;
+};
+
+/// Resizes values to the size of ids and writes the value of each id found at its place. The
+/// place of a missing id keeps what it held, and the id is logged at warning level.
+inline ParameterLookup LookUpParameters(const std::map<unsigned int, double>& parameters,
+                                        const std::vector<unsigned int>& ids,
+                                        std::vector<double>& values) {
+    ParameterLookup lookup;
+    values.resize(ids.size());
+    for (size_t i = 0; i < ids.size(); ++i) {
+        const auto found = parameters.find(ids[i]);
+        if (found == parameters.end()) {
+            TESSEL_LOG(3, TESSEL_LOG_FXModule, "GetParameterArray: Could not find parameter %u",
+                       ids[i]);
+            lookup.foundAll = false;
+            continue;
+        }
+        values[i] = found->second;
+        lookup.foundOne = true;
+    }
+    return lookup;
 }
 
 }  // namespace TesselFX

@@ -149,21 +149,9 @@ bool PresetHandle::GetParameterArray(const std::vector<unsigned int>& ids,
     TESSEL_LOG(1, TESSEL_LOG_FXModule, "%s om %u sm %u subTypeMask 0x%x", "GetParameterArray", m_om,
                m_sm, m_subTypeMask);
     RefreshIfChanged();
-    values.resize(ids.size());
-    bool foundAll = true;
-    bool foundOne = false;
-    for (size_t i = 0; i < ids.size(); ++i) {
-        const auto found = m_finalParameters.find(ids[i]);
-        if (found == m_finalParameters.end()) {
-            TESSEL_LOG(3, TESSEL_LOG_FXModule, "GetParameterArray: Could not find parameter %u",
-                       ids[i]);
-            foundAll = false;
-            continue;
-        }
-        values[i] = found->second;
-        foundOne = true;
-    }
-    const bool result = ids.empty() ? mustFindAll : (mustFindAll ? foundAll : foundOne);
+    const ParameterLookup lookup = LookUpParameters(m_finalParameters, ids, values);
+    const bool result =
+        ids.empty() ? mustFindAll : (mustFindAll ? lookup.foundAll : lookup.foundOne);
     TESSEL_LOG(1, TESSEL_LOG_FXModule, "GetParameterArray ret %s", result ? "True" : "False");
     return result;
 }

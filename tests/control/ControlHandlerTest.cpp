@@ -4,11 +4,13 @@
 #include <cmath>
 #include <limits>
 
+#include "../preset/PresetTestData.h"
 #include "ControlMocks.h"
 #include "ErrorTexts.h"
 #include "LogCapture.h"
 #include "config/OrientationPolicy.h"
 #include "control/ControlHandler.h"
+#include "preset/LinkLawEntry.h"
 
 namespace TesselFX {
 namespace test {
@@ -495,18 +497,56 @@ TEST_F(ControlHandlerTest, OnlyCallerChangesAreAnnouncedAndOnlyWhenTheyDiffer) {
     handler->NotifyParametersAndChunksChanged(other, linkLaws);
 }
 
-TEST_F(ControlHandlerTest, TuningOperationsThatAreNotAvailableFail) {
+TEST_F(ControlHandlerTest, FromTuningCallsNeedTuningData) {
     Make();
     LogCapture capture;
-    EXPECT_FALSE(handler->StartTuningMode(true));
-    EXPECT_TRUE(handler->StartTuningMode(false));
     EXPECT_FALSE(handler->SetParameterFromTuning(1, 0.0));
-    EXPECT_FALSE(handler->IsTuningMode());
-    EXPECT_EQ(ErrorTexts(capture), (std::vector<std::string>{"CreateTuningData is not available",
-                                                             "SetParameterFromTuning is not "
-                                                             "available"}));
+    EXPECT_FALSE(handler->SetParametersArrayFromTuning({{1, 0.0}}, false));
+    EXPECT_FALSE(handler->SetChunkFromTuning(1, {'L'}));
+    EXPECT_FALSE(handler->SetChunkFromTuningNoResponse(1, {'L'}));
+    TesselTuning::FullPreset preset;
+    EXPECT_TRUE(handler->SetFullPresetFromTuning(preset));
+    preset.hasLlChunk = true;
+    EXPECT_FALSE(handler->SetFullPresetFromTuning(preset));
+    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>(5, "tuning is not active yet"));
+    EXPECT_TRUE(handler->StartTuningMode(false));
     EXPECT_TRUE(capture.Has(0, "tuning data does not exist"));
+    EXPECT_FALSE(handler->IsTuningMode());
     EXPECT_TRUE(sent.empty());
+}
+
+TEST_F(ControlHandlerTest, WithoutAPresetTuningStartsFromTheLinkLawValues) {
+    description = MakeDescription({});
+    LogCapture capture;
+    Make();
+    ASSERT_EQ(ErrorTexts(capture),
+              std::vector<std::string>{"ControlHandler Supported preset is not defined. Please "
+                                       "make sure it's added to the config file."});
+    EXPECT_TRUE(handler->SetLinkLawsValueImpl(0, 30.0));
+    EXPECT_TRUE(handler->StartTuningMode(true));
+    EXPECT_TRUE(handler->IsTuningMode());
+    // The tool's law (target 100 = source / 10) and switch run on the value given before.
+    const std::vector<char> law = LawOnTarget100();
+    EXPECT_TRUE(handler->SetChunkFromTuningNoResponse(ZBAC_LINKLAWS, law));
+    EXPECT_TRUE(handler->SetParameterFromTuning(2821, 1.0));
+    std::map<unsigned int, double> parameters;
+    EXPECT_TRUE(handler->GetParametersArray(parameters));
+    EXPECT_EQ(parameters, (std::map<unsigned int, double>{{100, 3.0}, {2800, 30.0}, {2821, 1.0}}));
+    std::vector<LinkLawEntry> entries;
+    EXPECT_TRUE(handler->GetLinkLawEntries(entries));
+    ASSERT_EQ(entries.size(), 1u);
+    EXPECT_EQ(entries[0].TargetParamId, 100u);
+    std::vector<char> chunk;
+    EXPECT_TRUE(handler->GetChunk(ZBAC_LINKLAWS, chunk));
+    EXPECT_EQ(chunk, law);
+    EXPECT_EQ(sent, (Buffers{{'P', 0}, {'P', 3}}));
+
+    // Leaving tuning without a preset sends nothing and the reads fail again.
+    sent.clear();
+    EXPECT_TRUE(handler->ClearTuningData());
+    EXPECT_TRUE(sent.empty());
+    EXPECT_FALSE(handler->GetLinkLawEntries(entries));
+    EXPECT_FALSE(handler->GetParametersArray(parameters));
 }
 
 }  // namespace

@@ -360,6 +360,94 @@ TEST(HalControlManagerImplTest, TuningRoutesCreateTuningDataBeforeEachCall) {
     EXPECT_FALSE(f.manager.StartTuningMode(settings->GetSettings(), false));
 }
 
+TEST(HalControlManagerImplTest, LinkLawSourceValuesAreKeptPerHandlerThatTookThem) {
+    Fixture f({"1", "1"});
+    auto settings = Search(1);
+    const auto& h = f.handlers.ordered;
+    // The handlers get the master value; the manager keeps the source value.
+    EXPECT_CALL(*h[0], SetLinkLawsValue(2u, 0.75)).WillOnce(Return(false));
+    EXPECT_CALL(*h[1], SetLinkLawsValue(2u, 0.75)).WillOnce(Return(true));
+    EXPECT_FALSE(f.manager.SetLinkLawsValue(settings->GetSettings(), 2, -6.0, 0.75));
+    const std::shared_ptr<IControlHandler> first = h[0];
+    const std::shared_ptr<IControlHandler> second = h[1];
+    EXPECT_EQ(f.manager.GetLinkLawSourceValues().count(first), 0u);
+    EXPECT_EQ(f.manager.GetLinkLawSourceValues().at(second),
+              (std::map<unsigned int, double>{{2, -6.0}}));
+
+    // Reads ask the first handler only, which took nothing.
+    LogCapture capture;
+    std::map<unsigned int, double> values{{9, 9.0}};
+    EXPECT_TRUE(f.manager.GetLinkLawsSourceValues(settings->GetSettings(), {2}, values));
+    EXPECT_TRUE(values.empty());
+    double value = 0.0;
+    EXPECT_FALSE(f.manager.GetLinkLawsSourceValue(settings->GetSettings(), 2, value));
+    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>{"sourceIndex 2 is found"});
+
+    EXPECT_CALL(*h[0], SetLinkLawsValue(2u, 0.5)).WillOnce(Return(true));
+    EXPECT_CALL(*h[1], SetLinkLawsValue(2u, 0.5)).WillOnce(Return(true));
+    EXPECT_TRUE(f.manager.SetLinkLawsValue(settings->GetSettings(), 2, -3.0, 0.5));
+    EXPECT_TRUE(f.manager.GetLinkLawsSourceValue(settings->GetSettings(), 2, value));
+    EXPECT_EQ(value, -3.0);
+
+    // The full preset of a handler: what it reads, and the sources kept for it.
+    EXPECT_CALL(*h[0], GetParametersArray(::testing::An<std::map<unsigned int, double>&>()))
+        .WillOnce(DoAll(SetArgReferee<0>(std::map<unsigned int, double>{{5, 1.0}}), Return(true)));
+    EXPECT_CALL(*h[0], GetChunk(1u, _)).WillOnce(Return(false));
+    const TesselTuning::FullPreset preset = f.manager.MakeFullPreset(h[0]);
+    EXPECT_TRUE(preset.hasParameters);
+    EXPECT_EQ(preset.parameters, (std::map<unsigned int, double>{{5, 1.0}}));
+    EXPECT_FALSE(preset.hasLlChunk);
+    EXPECT_TRUE(preset.hasLlSources);
+    EXPECT_EQ(preset.llSources, (std::map<unsigned int, double>{{2, -3.0}}));
+}
+
+TEST(HalControlManagerImplTest, LinkLawParametersAndFullPresetsWalkTheHandlers) {
+    Fixture f({"1", "1"});
+    auto settings = Search(1);
+    const auto& h = f.handlers.ordered;
+    LinkLawEntry law;
+    law.SourceControlId = 1;
+    law.TargetParamId = 300;
+    const std::vector<unsigned int> ids{1, 300};
+    EXPECT_CALL(*h[0], GetLinkLawEntries(_))
+        .WillOnce(DoAll(SetArgReferee<0>(std::vector<LinkLawEntry>{law}), Return(true)));
+    EXPECT_CALL(*h[0], GetParametersArray(ids, _, _)).WillOnce(Return(false));
+    EXPECT_CALL(*h[1], GetLinkLawEntries(_))
+        .WillOnce(DoAll(SetArgReferee<0>(std::vector<LinkLawEntry>{law}), Return(true)));
+    EXPECT_CALL(*h[1], GetParametersArray(ids, _, _))
+        .WillOnce(DoAll(SetArgReferee<1>(std::vector<unsigned int>{300}),
+                        SetArgReferee<2>(std::vector<double>{4.5}), Return(true)));
+    std::map<unsigned int, double> values;
+    EXPECT_TRUE(f.manager.GetLinkLawsParametersArray(settings->GetSettings(), values));
+    EXPECT_EQ(values, (std::map<unsigned int, double>{{300, 4.5}}));
+
+    // No laws at the first handler that has entries: success with nothing.
+    EXPECT_CALL(*h[0], GetLinkLawEntries(_)).WillOnce(Return(false));
+    EXPECT_CALL(*h[1], GetLinkLawEntries(_)).WillOnce(Return(true));
+    values.clear();
+    EXPECT_TRUE(f.manager.GetLinkLawsParametersArray(settings->GetSettings(), values));
+    EXPECT_TRUE(values.empty());
+
+    LogCapture capture;
+    EXPECT_CALL(*h[0], GetLinkLawEntries(_)).WillOnce(Return(false));
+    EXPECT_CALL(*h[1], GetLinkLawEntries(_)).WillOnce(Return(false));
+    EXPECT_FALSE(f.manager.GetLinkLawsParametersArray(settings->GetSettings(), values));
+
+    // The first failing handler stops the full preset.
+    TesselTuning::FullPreset preset;
+    EXPECT_CALL(*h[0], SetFullPresetFromTuning(_)).WillOnce(Return(false));
+    EXPECT_CALL(*h[1], SetFullPresetFromTuning(_)).Times(0);
+    EXPECT_FALSE(f.manager.SetFullPresetFromTuning(settings->GetSettings(), preset, true));
+    EXPECT_CALL(*h[0], SetFullPresetFromTuning(_)).WillOnce(Return(true));
+    EXPECT_CALL(*h[1], SetFullPresetFromTuning(_)).WillOnce(Return(true));
+    EXPECT_TRUE(f.manager.SetFullPresetFromTuning(settings->GetSettings(), preset, true));
+    EXPECT_FALSE(f.manager.SetFullPresetFromTuning(Search(7)->GetSettings(), preset, false));
+    EXPECT_FALSE(f.manager.GetFullPreset(Search(7)->GetSettings(), preset));
+    EXPECT_EQ(ErrorTexts(capture),
+              (std::vector<std::string>{"no linklaws is valid", "Failed to set fullPreset",
+                                        kNoHandler, kNoHandler}));
+}
+
 TEST(HalControlManagerImplTest, OperationsThatAreNotAvailableFailWithALogLine) {
     Fixture f({"1"});
     auto settings = Search(1);

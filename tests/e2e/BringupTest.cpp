@@ -90,28 +90,6 @@ int RecordingSender(void* handle, uint32_t instance, const void* data, uint32_t 
     return 0;
 }
 
-/// A coefficient block of the stand-in library: id, 16, then the inputs of its group.
-std::string Block(uint32_t id, const std::map<unsigned, float>& inputs) {
-    std::string out;
-    PutU32(out, id);
-    PutU32(out, 16);
-    for (unsigned i = 0; i < 16; ++i) {
-        auto found = inputs.find(i);
-        PutF32(out, found == inputs.end() ? 0.0f : found->second);
-    }
-    return out;
-}
-
-/// A set-coefficients frame: opcode 1, payload length, the blocks.
-std::string Frame(const std::vector<std::string>& blocks) {
-    std::string payload;
-    for (const std::string& block : blocks) payload += block;
-    std::string out;
-    PutU32(out, 1);
-    PutU32(out, static_cast<uint32_t>(payload.size()));
-    return out + payload;
-}
-
 PresetRecord Preset(uint32_t om, uint32_t sm, uint32_t mask, uint32_t priority,
                     std::map<unsigned, double> parameters) {
     PresetRecord record;
@@ -290,6 +268,43 @@ TEST_F(BringupTest, LinkLawMovesItsTargetWithTheVolume) {
     EXPECT_EQ(Take(), Frames{Frame({Block(4160, {{14, 729.0f}}), Block(4271, {{0, 72.9f}})})});
     ASSERT_EQ(zb_set_volume(m_handle, 1, 1.0), 1);
     EXPECT_EQ(Take(), Frames{Frame({Block(4160, {{14, 1000.0f}}), Block(4271, {{0, 100.0f}})})});
+}
+
+TEST_F(BringupTest, LinkLawValuesMoveTheTargetOnlyWhileLinkLawsAreActive) {
+    ASSERT_EQ(Init(), 1);
+    ASSERT_EQ(zb_set_active(m_handle, 1, 4, 1), 1);
+    Take();
+
+    // Active: the master value 25 drives the law (tenths: 250 on the point scale), and
+    // parameter 2800 mirrors it. The source's own value (-20 dB) never reaches the DSP.
+    ASSERT_EQ(zb_set_linklaws_value(m_handle, 1, 0, -20.0, 25.0), 1);
+    EXPECT_EQ(Take(), Frames{Frame({Block(4160, {{14, 250.0f}}), Block(4271, {{0, 25.0f}})})});
+    ASSERT_EQ(zb_set_linklaws_value(m_handle, 1, 0, -20.0, 25.0), 1);
+    EXPECT_TRUE(Take().empty());
+
+    // Simulated: the preset's own value of the target comes back and sources move nothing.
+    ASSERT_EQ(zb_set_parameter(m_handle, 1, 2820, 1.0), 1);
+    EXPECT_EQ(Take(),
+              Frames{Frame({Block(4160, {{14, 0.5f}}), Block(4272, {{4, 1.0f}, {5, 1.0f}})})});
+    ASSERT_EQ(zb_set_linklaws_value(m_handle, 1, 0, -10.0, 40.0), 1);
+    EXPECT_TRUE(Take().empty());
+
+    // Disabled: the same.
+    ASSERT_EQ(zb_set_parameter(m_handle, 1, 2821, 0.0), 1);
+    EXPECT_EQ(Take(), Frames{Frame({Block(4272, {{4, 1.0f}, {5, 0.0f}})})});
+    ASSERT_EQ(zb_set_linklaws_value(m_handle, 1, 0, -5.0, 75.0), 1);
+    EXPECT_TRUE(Take().empty());
+
+    // Active again: the last master value given while off is in force.
+    const uint32_t ids[] = {2820, 2821};
+    const double values[] = {0.0, 1.0};
+    ASSERT_EQ(zb_set_parameters_array(m_handle, 1, 2, ids, values), 1);
+    EXPECT_EQ(Take(), Frames{Frame({Block(4160, {{14, 750.0f}}), Block(4271, {{0, 75.0f}}),
+                                    Block(4272, {{4, 0.0f}, {5, 1.0f}})})});
+
+    // Another instance has no handler.
+    EXPECT_EQ(zb_set_linklaws_value(m_handle, 2, 0, -5.0, 10.0), 0);
+    EXPECT_TRUE(Take().empty());
 }
 
 TEST_F(BringupTest, WaitForFlushKeepsChangesAndFlushSendsThemOnce) {

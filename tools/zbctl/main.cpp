@@ -90,15 +90,14 @@ int CheckConfig(const std::string& path, const std::string& presets) {
     return checker.HasErrors() ? 1 : 0;
 }
 
-int MsgEncode(const std::vector<std::string>& words, const std::vector<uint32_t>& envelope) {
+int MsgEncode(const std::vector<std::string>& words, bool wrap, uint32_t instance) {
     if (words.empty()) throw ZbctlError("msg encode needs a message name");
     const std::vector<char> frame =
         MessageCatalog::Encode(words[0], std::vector<std::string>(words.begin() + 1, words.end()));
-    if (envelope.empty()) {
+    if (!wrap) {
         std::cout << TesselFX::Base64::Encode(frame) << "\n";
     } else {
-        const std::vector<char> text =
-            TesselFX::ZbAocTuningProtocol::WrapBase64(envelope[0], frame);
+        const std::vector<char> text = TesselFX::ZbAocTuningProtocol::WrapBase64(instance, frame);
         std::cout << std::string(text.begin(), text.end()) << "\n";
     }
     return 0;
@@ -193,14 +192,13 @@ int main(int argc, char** argv) {
                    MessageCatalog::UsageList());
     msg->require_subcommand(1);
     std::vector<std::string> msgWords;
-    std::vector<uint32_t> msgEnvelope;
+    uint32_t msgInstance = 0;
     CLI::App* msgEncode = msg->add_subcommand(
         "encode", "Print the base64 text of a message given by name and fields");
     msgEncode->add_option("MESSAGE", msgWords, "Message name, then its fields")->required();
-    msgEncode
-        ->add_option("--envelope", msgEnvelope,
-                     "Wrap the text in the envelope of notifications, for this instance")
-        ->expected(1);
+    CLI::Option* msgEnvelope =
+        msgEncode->add_option("--envelope", msgInstance,
+                              "Wrap the text in the envelope of notifications, for this instance");
     std::string msgText;
     CLI::App* msgDecode = msg->add_subcommand(
         "decode", "Print a command, reply or notification text (with or without its envelope)");
@@ -217,7 +215,7 @@ int main(int argc, char** argv) {
         if (*runCommand) return ScenarioRunner(run, std::cout).Run();
         if (*zpsBuild) return ZpsBuild(zpsSource, zpsTarget);
         if (*zpsDump) return ZpsDump(zpsFile, zpsJson);
-        if (*msgEncode) return MsgEncode(msgWords, msgEnvelope);
+        if (*msgEncode) return MsgEncode(msgWords, msgEnvelope->count() > 0, msgInstance);
         if (*msgDecode) return MsgDecode(msgText);
         if (*check) return CheckConfig(configPath, configPresets);
         if (*tone) {

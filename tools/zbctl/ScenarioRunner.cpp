@@ -51,6 +51,14 @@ std::string Printable(const void* data, uint32_t size) {
     return text;
 }
 
+// Reads frame into piece when it is a piece of a long transfer.
+bool ReadPiece(const std::vector<char>& frame, MultipleMessageData& piece) {
+    const auto size = static_cast<unsigned int>(frame.size());
+    return MessageData::GetMessageId(frame.data(), size) ==
+               static_cast<int>(MultipleMessageData::kId) &&
+           piece.SetBuffer(frame.data(), size);
+}
+
 const char* OpcodeName(uint32_t opcode) {
     switch (opcode) {
         case 1:
@@ -233,11 +241,7 @@ void ScenarioRunner::TraceMessage(const std::string& kind, const std::vector<cha
         return;
     }
     MultipleMessageData piece;
-    if (MessageData::GetMessageId(frame.data(), static_cast<unsigned int>(frame.size())) !=
-            static_cast<int>(MultipleMessageData::kId) ||
-        !piece.SetBuffer(frame.data(), static_cast<unsigned int>(frame.size()))) {
-        return;
-    }
+    if (!ReadPiece(frame, piece)) return;
     std::vector<std::vector<char>>& pieces = m_pieces[piece.GetSessionId()];
     pieces.push_back(frame);
     if (pieces.size() < piece.GetTotalMsgCount()) return;
@@ -263,11 +267,7 @@ int ScenarioRunner::GetCommand(uint32_t instance, const std::vector<char>& frame
     if (result == 0) return result;
     TraceMessage("reply", answer);
     MultipleMessageData first;
-    if (MessageData::GetMessageId(answer.data(), static_cast<unsigned int>(answer.size())) !=
-            static_cast<int>(MultipleMessageData::kId) ||
-        !first.SetBuffer(answer.data(), static_cast<unsigned int>(answer.size()))) {
-        return result;
-    }
+    if (!ReadPiece(answer, first)) return result;
     // The library keeps the other pieces until they are asked for, one by one.
     for (unsigned int counter = 1; counter < first.GetTotalMsgCount(); ++counter) {
         const RequestMultipleMessageData request(counter, first.GetTotalMsgCount(),

@@ -2,6 +2,7 @@
 
 #include "LogCapture.h"
 #include "MessageCatalog.h"
+#include "Scenario.h"
 #include "ZbctlError.h"
 #include "ZbctlTestSupport.h"
 #include "protocol/Base64.h"
@@ -121,6 +122,24 @@ TEST(MessageCatalog, RefusesWhatItCannotRead) {
     EXPECT_EQ(fault("RequestMeters 1:1"),
               "\"1:1\" is not INDEX:TYPE:MODE or INDEX:TYPE:MODE:RESET; usage: RequestMeters "
               "[INDEX:TYPE:MODE[:RESET]]...");
+
+    // A scenario line names its line and the message's usage.
+    const auto scenarioFault = [](const std::string& text) {
+        try {
+            ParseScenario(text, "s");
+        } catch (const ZbctlError& e) {
+            return std::string(e.what());
+        }
+        return std::string("accepted");
+    };
+    EXPECT_EQ(scenarioFault("tuning on\nset SetParameter 131\n"),
+              "s:2: too few fields; usage: SetParameter ID VALUE");
+    EXPECT_EQ(scenarioFault("get\n"),
+              "s:1: get takes 1 argument(s), 0 given; usage: get MESSAGE FIELDS...");
+    EXPECT_EQ(scenarioFault("tuning maybe\n"),
+              "s:1: \"maybe\" is not on or off; usage: tuning on|off");
+    EXPECT_EQ(ParseScenario("get GetParameter 131 # read back\n", "s")[0].frame,
+              (std::vector<char>{10, 0, 0, 0, static_cast<char>(0x83), 0, 0, 0}));
 
     // Every truncation of a valid frame either reads as some message or is refused in words.
     const TesselFX::test::LogCapture quiet;

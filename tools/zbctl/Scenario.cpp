@@ -188,6 +188,10 @@ std::vector<ScenarioStep> ParseScenario(const std::string& text, const std::stri
             const std::vector<std::string> after(
                 tokens.begin() + static_cast<std::ptrdiff_t>(i) + 2, tokens.end());
             const std::string fault = ReadArg(syntax->args[i], tokens[i + 1], after, step);
+            // A message's own fault already ends with the message's usage.
+            if (!fault.empty() && syntax->args[i] == ArgKind::kMessage) {
+                throw ZbctlError(where + fault);
+            }
             if (!fault.empty()) throw ZbctlError(where + fault + "; usage: " + syntax->usage);
         }
         for (size_t i = 0; i < tokens.size(); ++i) step.source += (i ? " " : "") + tokens[i];

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 #include <nlohmann/json.hpp>
 
 #include "WavFile.h"
@@ -171,6 +172,65 @@ TEST_F(ScenarioRunnerHostSide, TracesCallsFramesRepliesAndNotifications) {
         Json::parse(
             R"([{"frame": {"instance": 0, "opcode": 1, "size": 80, "blocks": [4096], "status": 0}},
                               {"notification": "bypass=1"}])"));
+}
+
+TEST_F(ScenarioRunnerHostSide, TracesTuningRepliesAndNotificationsDecoded) {
+    const std::string scenario = m_dir.Write("tuning.scenario",
+                                             "register_notifier\n"
+                                             "tuning on\n"
+                                             "get GetParameter 131\n"
+                                             "get GetEnable 0\n"
+                                             "get GetParameter 7\n");
+    const test::CommandResult result =
+        test::RunZbctl("run --library " + std::string(ZBCTL_FAKE_HAL) + " --scenario " + scenario);
+    ASSERT_EQ(result.status, 0) << result.out;
+    const size_t start = result.out.find("line 1:");
+    ASSERT_NE(start, std::string::npos);
+    EXPECT_EQ(result.out.substr(start),
+              "line 1: register_notifier = 1\n"
+              "line 2: tuning on\n"
+              "    notification: dsp_instance=0;tessel_data=NAAAAAAAAAACAAAABwAAAAQAAAAoAAAA\n"
+              "    instance 0: Multiple 0 2 7 28000000\n"
+              "    notification: dsp_instance=0;tessel_data=NAAAAAEAAAACAAAABwAAAAQAAAABAAAA\n"
+              "    instance 0: Multiple 1 2 7 01000000\n"
+              "    merged: UpdateEnable 1\n"
+              "    = 1\n"
+              "line 3: get GetParameter 131\n"
+              "    reply: ReplyParameter 131 -3.5\n"
+              "    = 1\n"
+              "line 4: get GetEnable 0\n"
+              "    reply: Multiple 0 2 7 28000000\n"
+              "    reply: Multiple 1 2 7 01000000\n"
+              "    merged: UpdateEnable 1\n"
+              "    = 1\n"
+              "line 5: get GetParameter 7 = 0\n"
+              "zb_destroy\n");
+
+    const Json trace =
+        Json::parse(test::RunZbctl("run --json --library " + std::string(ZBCTL_FAKE_HAL) +
+                                   " --scenario " + scenario)
+                        .out);
+    EXPECT_EQ(trace["calls"][5]["call"], "get GetParameter 131");
+    EXPECT_EQ(trace["calls"][5]["events"],
+              Json::parse(R"([{"reply": "ReplyParameter 131 -3.5"}])"));
+}
+
+TEST(ScenarioRunner, DefaultScenarioTunesThroughTheLibrary) {
+    Json trace;
+    if (!RunTrace("", trace)) GTEST_SKIP() << kNotInitialized;
+    std::map<std::string, Json> calls;
+    for (const Json& call : trace["calls"]) calls[call["call"]] = call;
+    EXPECT_EQ(calls["tuning on"]["result"], 1);
+    EXPECT_EQ(calls["set SetParameter 131 -3.5"]["result"], 1);
+    EXPECT_EQ(calls["get GetParameter 131"]["events"],
+              Json::parse(R"([{"reply": "ReplyParameter 131 -3.5"}])"));
+    // The host's volume change reaches the tool as the new value of link-law source 0.
+    bool announced = false;
+    for (const Json& event : calls["set_volume 0.1"]["events"]) {
+        announced |= event.value("instance 0", "") == "UpdateLinkLawsSourceParameter 0 -20";
+    }
+    EXPECT_TRUE(announced) << calls["set_volume 0.1"].dump(2);
+    EXPECT_EQ(calls["tuning off"]["result"], 1);
 }
 
 TEST_F(ScenarioRunnerHostSide, RendersOneSegmentPerStepThroughTheCoefficientsInForce) {

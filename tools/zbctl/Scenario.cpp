@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <sstream>
 
+#include "MessageCatalog.h"
 #include "ZbctlError.h"
 
 namespace TesselFX {
@@ -19,6 +20,8 @@ enum class ArgKind {
     kReal,        // finite double
     kSwitch,      // 0 or 1
     kWord,        // one word of text
+    kOnOff,       // on or off: a StartTuningMode message
+    kMessage,     // the remaining words: a tuning message name and its fields
 };
 
 struct CallSyntax {
@@ -56,6 +59,10 @@ const std::vector<CallSyntax>& Syntax() {
          "set_linklaws_value",
          {ArgKind::kUnsigned, ArgKind::kReal, ArgKind::kReal},
          "set_linklaws_value SOURCE SOURCE_VALUE MASTER_VALUE"},
+        {ScenarioCall::kSetLinkLawsValue,
+         "linklaws_value",
+         {ArgKind::kUnsigned, ArgKind::kReal, ArgKind::kReal},
+         "linklaws_value SOURCE SOURCE_VALUE MASTER_VALUE"},
         {ScenarioCall::kSetEnable, "set_enable", {ArgKind::kSwitch}, "set_enable 0|1"},
         {ScenarioCall::kSetBypass, "set_bypass", {ArgKind::kSwitch}, "set_bypass 0|1"},
         {ScenarioCall::kWaitForFlush, "wait_for_flush", {}, "wait_for_flush"},
@@ -69,14 +76,33 @@ const std::vector<CallSyntax>& Syntax() {
          "is_feature_supported",
          {ArgKind::kWord},
          "is_feature_supported FEATURE"},
+        {ScenarioCall::kSetCommand, "set", {ArgKind::kMessage}, "set MESSAGE FIELDS..."},
+        {ScenarioCall::kGetCommand, "get", {ArgKind::kMessage}, "get MESSAGE FIELDS..."},
+        {ScenarioCall::kSetCommand, "tuning", {ArgKind::kOnOff}, "tuning on|off"},
+        {ScenarioCall::kRegisterNotifier, "register_notifier", {}, "register_notifier"},
     };
     return kSyntax;
 }
 
 // Reads one argument into step; returns an empty text on success, else what is wrong.
-std::string ReadArg(ArgKind kind, const std::string& word, ScenarioStep& step) {
+// A message argument takes word and all the words after it.
+std::string ReadArg(ArgKind kind, const std::string& word, const std::vector<std::string>& after,
+                    ScenarioStep& step) {
     if (kind == ArgKind::kWord) {
         step.text = word;
+        return "";
+    }
+    if (kind == ArgKind::kOnOff) {
+        if (word != "on" && word != "off") return "\"" + word + "\" is not on or off";
+        step.frame = MessageCatalog::Encode("StartTuningMode", {word == "on" ? "1" : "0"});
+        return "";
+    }
+    if (kind == ArgKind::kMessage) {
+        try {
+            step.frame = MessageCatalog::Encode(word, after);
+        } catch (const ZbctlError& e) {
+            return e.what();
+        }
         return "";
     }
     errno = 0;
@@ -113,6 +139,8 @@ std::string ReadArg(ArgKind kind, const std::string& word, ScenarioStep& step) {
             step.numbers.push_back(real);
             return "";
         case ArgKind::kWord:
+        case ArgKind::kOnOff:
+        case ArgKind::kMessage:
             break;
     }
     return "";
@@ -146,7 +174,9 @@ std::vector<ScenarioStep> ParseScenario(const std::string& text, const std::stri
             if (tokens[0] == candidate.name) syntax = &candidate;
         }
         if (syntax == nullptr) throw ZbctlError(where + "unknown call \"" + tokens[0] + "\"");
-        if (tokens.size() - 1 != syntax->args.size()) {
+        const bool open = !syntax->args.empty() && syntax->args.back() == ArgKind::kMessage;
+        if (open ? tokens.size() - 1 < syntax->args.size()
+                 : tokens.size() - 1 != syntax->args.size()) {
             throw ZbctlError(where + tokens[0] + " takes " + std::to_string(syntax->args.size()) +
                              " argument(s), " + std::to_string(tokens.size() - 1) +
                              " given; usage: " + syntax->usage);
@@ -155,7 +185,13 @@ std::vector<ScenarioStep> ParseScenario(const std::string& text, const std::stri
         step.line = number;
         step.call = syntax->call;
         for (size_t i = 0; i < syntax->args.size(); ++i) {
-            const std::string fault = ReadArg(syntax->args[i], tokens[i + 1], step);
+            const std::vector<std::string> after(
+                tokens.begin() + static_cast<std::ptrdiff_t>(i) + 2, tokens.end());
+            const std::string fault = ReadArg(syntax->args[i], tokens[i + 1], after, step);
+            // A message's own fault already ends with the message's usage.
+            if (!fault.empty() && syntax->args[i] == ArgKind::kMessage) {
+                throw ZbctlError(where + fault);
+            }
             if (!fault.empty()) throw ZbctlError(where + fault + "; usage: " + syntax->usage);
         }
         for (size_t i = 0; i < tokens.size(); ++i) step.source += (i ? " " : "") + tokens[i];

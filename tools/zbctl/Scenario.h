@@ -26,10 +26,14 @@ enum class ScenarioCall {
     kDspWakeup,
     kGetVersion,
     kIsFeatureSupported,
+    kSetCommand,        ///< zb_set_command with a tuning message
+    kGetCommand,        ///< zb_get_command with a tuning message; the reply is decoded
+    kRegisterNotifier,  ///< zb_register_notifier with zbctl's notifier
 };
 
 /// One line of a scenario. Numbers are held as double (every 32-bit integer fits exactly);
-/// text holds the one word argument of get_version and is_feature_supported.
+/// text holds the one word argument of get_version and is_feature_supported; frame holds the
+/// tuning message of set, get and tuning.
 struct ScenarioStep {
     size_t line = 0;
     std::string source;  ///< the line as written, without comment and outer blanks
@@ -37,6 +41,7 @@ struct ScenarioStep {
     uint32_t instance = 0;  ///< the instance in force for this line
     std::vector<double> numbers;
     std::string text;
+    std::vector<char> frame;
 };
 
 /// Parses a scenario: one call per line, words separated by blanks, "#" starts a comment

@@ -10,9 +10,14 @@
 #include <sstream>
 
 #include "LogRecorder.h"
+#include "MessageCatalog.h"
 #include "ZbctlError.h"
 #include "config/CIniFile.h"
 #include "config/Hifi3zHalControlConfig.h"
+#include "protocol/Base64.h"
+#include "protocol/MultipleMessageData.h"
+#include "protocol/RequestMultipleMessageData.h"
+#include "protocol/ZbAocTuningProtocol.h"
 
 namespace TesselFX {
 namespace zbctl {
@@ -44,6 +49,14 @@ std::string Printable(const void* data, uint32_t size) {
         }
     }
     return text;
+}
+
+// Reads frame into piece when it is a piece of a long transfer.
+bool ReadPiece(const std::vector<char>& frame, MultipleMessageData& piece) {
+    const auto size = static_cast<unsigned int>(frame.size());
+    return MessageData::GetMessageId(frame.data(), size) ==
+               static_cast<int>(MultipleMessageData::kId) &&
+           piece.SetBuffer(frame.data(), size);
 }
 
 const char* OpcodeName(uint32_t opcode) {
@@ -123,12 +136,15 @@ int ScenarioRunner::SendTrampoline(void*, uint32_t instance, const void* data, u
 int ScenarioRunner::NotifyTrampoline(void*, const void* data, uint32_t size, void* context) {
     auto* runner = static_cast<ScenarioRunner*>(context);
     const std::string text = Printable(data, size);
-    if (runner->m_options.json) {
-        (*runner->m_current)["events"].push_back({{"notification", text}});
-    } else {
-        runner->FlushHeader();
-        runner->m_out << "    notification: " << text << "\n";
+    runner->Event("notification", text);
+    std::string instance;
+    std::vector<char> frame;
+    try {
+        frame = MessageCatalog::FrameOfText(text, instance);
+    } catch (const ZbctlError&) {
+        return 0;  // not a tuning notification: the text above is all there is
     }
+    if (!instance.empty()) runner->TraceMessage("instance " + instance, frame);
     return 0;
 }
 
@@ -208,6 +224,63 @@ void ScenarioRunner::EndCall(int result, const std::string& detail) {
     }
 }
 
+void ScenarioRunner::Event(const std::string& kind, const std::string& text) {
+    if (m_options.json) {
+        (*m_current)["events"].push_back({{kind, text}});
+    } else {
+        FlushHeader();
+        m_out << "    " << kind << ": " << text << "\n";
+    }
+}
+
+void ScenarioRunner::TraceMessage(const std::string& kind, const std::vector<char>& frame) {
+    try {
+        Event(kind, MessageCatalog::Describe(frame, MessageDirection::kAnswer));
+    } catch (const ZbctlError& e) {
+        Event(kind, std::string("undecoded: ") + e.what());
+        return;
+    }
+    MultipleMessageData piece;
+    if (!ReadPiece(frame, piece)) return;
+    std::vector<std::vector<char>>& pieces = m_pieces[piece.GetSessionId()];
+    pieces.push_back(frame);
+    if (pieces.size() < piece.GetTotalMsgCount()) return;
+    std::vector<char> merged;
+    const bool whole = MultipleMessageData::MergeBuffers(pieces, merged);
+    m_pieces.erase(piece.GetSessionId());
+    if (whole) TraceMessage("merged", merged);
+}
+
+int ScenarioRunner::Exchange(uint32_t instance, const std::vector<char>& frame,
+                             std::vector<char>& answer) {
+    const std::string command = Base64::Encode(frame);
+    std::vector<char> reply(ZbAocTuningProtocol::kMaxDspBufferSize + 1, '\0');
+    const int result = m_library->Api().getCommand(
+        m_handle, instance, command.c_str(), reply.data(), ZbAocTuningProtocol::kMaxDspBufferSize);
+    answer = Base64::Decode(std::string(reply.data()));
+    return result;
+}
+
+int ScenarioRunner::GetCommand(uint32_t instance, const std::vector<char>& frame) {
+    std::vector<char> answer;
+    const int result = Exchange(instance, frame, answer);
+    if (result == 0) return result;
+    TraceMessage("reply", answer);
+    MultipleMessageData first;
+    if (!ReadPiece(answer, first)) return result;
+    // The library keeps the other pieces until they are asked for, one by one.
+    for (unsigned int counter = 1; counter < first.GetTotalMsgCount(); ++counter) {
+        const RequestMultipleMessageData request(counter, first.GetTotalMsgCount(),
+                                                 first.GetSessionId());
+        if (Exchange(instance, request.GetBuffer(), answer) == 0) {
+            Event("reply", "piece " + std::to_string(counter) + " refused");
+            break;
+        }
+        TraceMessage("reply", answer);
+    }
+    return result;
+}
+
 void ScenarioRunner::Note(const std::string& text) {
     if (m_options.json) {
         m_json["notes"].push_back(text);
@@ -250,6 +323,14 @@ int ScenarioRunner::Call(const ScenarioStep& step) {
             return api.onDspWakeup(m_handle, instance);
         case ScenarioCall::kIsFeatureSupported:
             return api.isFeatureSupported(m_handle, step.text.c_str());
+        case ScenarioCall::kSetCommand: {
+            std::string command = Base64::Encode(step.frame);
+            return api.setCommand(m_handle, instance, command.data());
+        }
+        case ScenarioCall::kGetCommand:
+            return GetCommand(instance, step.frame);
+        case ScenarioCall::kRegisterNotifier:
+            return api.registerNotifier(m_handle, instance, &NotifyTrampoline);
         case ScenarioCall::kGetVersion:
             break;
     }

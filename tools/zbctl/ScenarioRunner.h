@@ -36,7 +36,8 @@ constexpr int kExitInitializeFailed = 3;
 /// Plays a scenario against the library through its exported functions, as a host does, with
 /// a simulated DSP per instance behind buffer_sender, and writes a trace to out: every call
 /// with its result, every frame that reaches the DSP (opcode, size, coefficient block ids),
-/// every notification text. Not thread safe; one run per process at a time.
+/// every notification text, and every tuning reply and notification decoded. Not thread safe; one
+/// run per process at a time.
 class ScenarioRunner {
   public:
     ScenarioRunner(const RunOptions& options, std::ostream& out);
@@ -62,6 +63,15 @@ class ScenarioRunner {
     /// Prints the header of the call being traced, once, before its first event.
     void FlushHeader();
     void Note(const std::string& text);
+    /// One event of the call being traced: "    kind: text", or {kind: text} in JSON.
+    void Event(const std::string& kind, const std::string& text);
+    /// Traces the tuning message in frame, and the merged message once frame is the last
+    /// missing piece of a long one.
+    void TraceMessage(const std::string& kind, const std::vector<char>& frame);
+    /// zb_get_command with frame; traces the reply and fetches the other pieces of a long one.
+    int GetCommand(uint32_t instance, const std::vector<char>& frame);
+    /// zb_get_command with frame; the decoded reply goes to answer.
+    int Exchange(uint32_t instance, const std::vector<char>& frame, std::vector<char>& answer);
     void Render();
 
     RunOptions m_options;
@@ -78,6 +88,7 @@ class ScenarioRunner {
     nlohmann::ordered_json* m_current = nullptr;  // the call being traced, JSON mode
     AudioBuffer m_input;
     AudioBuffer m_output;
+    std::map<uint32_t, std::vector<std::vector<char>>> m_pieces;  // by session, until merged
 };
 
 }  // namespace zbctl

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "ConfigChecker.h"
+#include "MessageCatalog.h"
 #include "ScenarioRunner.h"
 #include "WavFile.h"
 #include "ZbctlError.h"
@@ -12,6 +13,8 @@
 #include "ZpsJson.h"
 #include "ZpsText.h"
 #include "log/TesselLog.h"
+#include "protocol/Base64.h"
+#include "protocol/ZbAocTuningProtocol.h"
 
 namespace {
 
@@ -85,6 +88,27 @@ int CheckConfig(const std::string& path, const std::string& presets) {
     }
     checker.Print(std::cout);
     return checker.HasErrors() ? 1 : 0;
+}
+
+int MsgEncode(const std::vector<std::string>& words, bool wrap, uint32_t instance) {
+    if (words.empty()) throw ZbctlError("msg encode needs a message name");
+    const std::vector<char> frame =
+        MessageCatalog::Encode(words[0], std::vector<std::string>(words.begin() + 1, words.end()));
+    if (!wrap) {
+        std::cout << TesselFX::Base64::Encode(frame) << "\n";
+    } else {
+        const std::vector<char> text = TesselFX::ZbAocTuningProtocol::WrapBase64(instance, frame);
+        std::cout << std::string(text.begin(), text.end()) << "\n";
+    }
+    return 0;
+}
+
+int MsgDecode(const std::string& text) {
+    std::string instance;
+    const std::vector<char> frame = MessageCatalog::FrameOfText(text, instance);
+    if (!instance.empty()) std::cout << "instance " << instance << ": ";
+    std::cout << MessageCatalog::Describe(frame, MessageDirection::kAny) << "\n";
+    return 0;
 }
 
 }  // namespace
@@ -163,6 +187,24 @@ int main(int argc, char** argv) {
         ->capture_default_str()
         ->check(CLI::Range(1, 8));
 
+    CLI::App* msg = app.add_subcommand(
+        "msg", "Write and read the base64 text of tuning messages; the messages and fields:\n" +
+                   MessageCatalog::UsageList());
+    msg->require_subcommand(1);
+    std::vector<std::string> msgWords;
+    uint32_t msgInstance = 0;
+    CLI::App* msgEncode = msg->add_subcommand(
+        "encode", "Print the base64 text of a message given by name and fields");
+    msgEncode->add_option("MESSAGE", msgWords, "Message name, then its fields")->required();
+    CLI::Option* msgEnvelope =
+        msgEncode->add_option("--envelope", msgInstance,
+                              "Wrap the text in the envelope of notifications, for this instance");
+    std::string msgText;
+    CLI::App* msgDecode = msg->add_subcommand(
+        "decode", "Print a command, reply or notification text (with or without its envelope)");
+    msgDecode->add_option("TEXT", msgText, "base64 text, or the whole notification text")
+        ->required();
+
     CLI11_PARSE(app, argc, argv);
 
     if (!verbose) {
@@ -173,6 +215,8 @@ int main(int argc, char** argv) {
         if (*runCommand) return ScenarioRunner(run, std::cout).Run();
         if (*zpsBuild) return ZpsBuild(zpsSource, zpsTarget);
         if (*zpsDump) return ZpsDump(zpsFile, zpsJson);
+        if (*msgEncode) return MsgEncode(msgWords, msgEnvelope->count() > 0, msgInstance);
+        if (*msgDecode) return MsgDecode(msgText);
         if (*check) return CheckConfig(configPath, configPresets);
         if (*tone) {
             WriteWav(tonePath, MakeTestSignal(toneRate, toneChannels, toneSeconds));

@@ -2,7 +2,9 @@
 // host side of zbctl run: zb_set_volume sends the output gain block, zb_set_bypass the block
 // of parameter 1 and a notification, zb_get_version "dsp" asks the DSP. zb_initialize fails
 // when the system preset file does not open or the configuration's last DspKitPath64 is not an
-// absolute path.
+// absolute path. Tuning texts are answered from a few fixed ones: GetParameter 131 with
+// ReplyParameter 131 -3.5; GetEnable with UpdateEnable 1 cut into two pieces of session 7;
+// StartTuningMode 1 with the same two pieces as notifications in the envelope.
 #include <cstring>
 #include <fstream>
 #include <sstream>
@@ -25,6 +27,18 @@ int SendBlock(void* handle, uint32_t instance, uint32_t id, const std::vector<fl
         TesselFX::zbctl::test::Frame({TesselFX::zbctl::test::Block(id, values)});
     return g_fake.sender(handle, instance, frame.data(), static_cast<uint32_t>(frame.size()),
                          nullptr, nullptr, g_fake.context) == 0;
+}
+
+// UpdateEnable 1 (28 00 00 00 01 00 00 00) in pieces of 4 bytes, session 7.
+constexpr const char* kEnablePiece0 = "NAAAAAAAAAACAAAABwAAAAQAAAAoAAAA";
+constexpr const char* kEnablePiece1 = "NAAAAAEAAAACAAAABwAAAAQAAAABAAAA";
+
+// The reply to a known command text, or nullptr.
+const char* TuningReply(const std::string& command) {
+    if (command == "CgAAAIMAAAA=") return "AgAAAIMAAAAAAAAAAAAMwA==";  // GetParameter 131
+    if (command == "JwAAAAAAAAA=") return kEnablePiece0;               // GetEnable 0
+    if (command == "NQAAAAEAAAACAAAABwAAAA==") return kEnablePiece1;   // RequestMultiple 1 2 7
+    return nullptr;
 }
 
 }  // namespace
@@ -67,8 +81,21 @@ int zb_set_volume(void* handle, uint32_t instance, double volume) {
 int zb_set_orientation(void*, uint32_t, int) { return 1; }
 int zb_set_parameter(void*, uint32_t, uint32_t, double) { return 1; }
 int zb_set_parameters_array(void*, uint32_t, uint32_t, const uint32_t*, const double*) { return 1; }
-int zb_set_command(void*, uint32_t, char*) { return 1; }
-int zb_get_command(void*, uint32_t, const char*, char*, uint32_t) { return 1; }
+int zb_set_command(void* handle, uint32_t instance, char* command) {
+    if (std::strcmp(command, "LwAAAAEAAAA=") != 0 || !g_fake.notify) return 1;  // tuning on
+    for (const char* piece : {kEnablePiece0, kEnablePiece1}) {
+        const std::string text =
+            "dsp_instance=" + std::to_string(instance) + ";tessel_data=" + piece;
+        g_fake.notify(handle, text.c_str(), static_cast<uint32_t>(text.size()), g_fake.context);
+    }
+    return 1;
+}
+int zb_get_command(void*, uint32_t, const char* command, char* reply, uint32_t size) {
+    const char* text = TuningReply(command);
+    if (text == nullptr || std::strlen(text) >= size) return 0;
+    std::strcpy(reply, text);
+    return 1;
+}
 int zb_set_linklaws_value(void*, uint32_t, uint32_t, double, double) { return 1; }
 int zb_wait_for_flush(void*, uint32_t) { return 1; }
 int zb_flush(void*, uint32_t) { return 1; }

@@ -1,0 +1,161 @@
+#include <gtest/gtest.h>
+
+#include "LogCapture.h"
+#include "MessageCatalog.h"
+#include "Scenario.h"
+#include "ZbctlError.h"
+#include "ZbctlTestSupport.h"
+#include "protocol/Base64.h"
+
+namespace TesselFX {
+namespace zbctl {
+namespace {
+
+std::vector<std::string> Split(const std::string& line) {
+    std::istringstream stream(line);
+    std::vector<std::string> words;
+    for (std::string word; stream >> word;) words.push_back(word);
+    return words;
+}
+
+std::vector<char> EncodeLine(const std::string& line) {
+    const std::vector<std::string> words = Split(line);
+    return MessageCatalog::Encode(words[0],
+                                  std::vector<std::string>(words.begin() + 1, words.end()));
+}
+
+TEST(MessageCatalog, EveryMessageReadsBackAsItWasWritten) {
+    // Answers and the classes with an id of their own read back with no direction given.
+    const std::vector<std::string> anyDirection = {
+        "SetParameter 131 -3.5",
+        "ReplyParameter 7 0.1",
+        "SetParameterArray 1 2 131 -3.5 4294967295 1e+300",
+        "SetParameterArray",
+        "ReplyParameterArray 5 0.25",
+        "SetChunk 3 00ff7f80",
+        "SetChunk 0",
+        "ReplyChunk 2 0102",
+        "GetVersion dsp kit",
+        "GetParameter 131",
+        "GetParameterArray 1 2 3",
+        "SetSoundMode 2",
+        "SetOutputMode 1",
+        "GetLinkLawParameterArray",
+        "RequestLinkLawsSourceParameter 4",
+        "UpdateLinkLawsSourceParameter 0 -20",
+        "RequestLinkLawsSourceParameterArray 0 1",
+        "UpdateLinkLawsSourceParameterArray 0 -20 1 0.5",
+        "SetLinkLawsValue 0 -20 0.5",
+        "RequestMeters 1:1:1 2:2:2:7 3:1:3:-1.5",
+        "UpdateMeters 1:-12.5 4:0",
+        "UpdateVersion 1.2.3",
+        "GetEnable 0",
+        "UpdateEnable 1",
+        "SetEnable 1",
+        "GetBypass 0",
+        "UpdateBypass 0",
+        "SetBypass 1",
+        "Flush",
+        "WaitForFlush",
+        "StartTuningMode 1",
+        "ReplyTuningModeValidation 1",
+        "ReplyTuningMode 0",
+        "SetFullPreset parameters 1 2 chunk 0a0b sources 0 -20",
+        "SetFullPreset",
+        "ReplyFullPreset parameters sources 1 0.5",
+        "Multiple 0 2 77 616263",
+        "RequestMultiple 1 2 77",
+    };
+    for (const std::string& line : anyDirection) {
+        EXPECT_EQ(MessageCatalog::Describe(EncodeLine(line), MessageDirection::kAny), line);
+    }
+    // Requests that share their id with an answer read back as requests in that direction.
+    for (const std::string line :
+         {"GetChunk 6", "GetTuningModeValidation", "GetTuningMode", "GetFullPreset chunk 01"}) {
+        EXPECT_EQ(MessageCatalog::Describe(EncodeLine(line), MessageDirection::kRequest), line);
+    }
+    // The same through the command line, with and without the envelope.
+    for (const std::string& line : anyDirection) {
+        const test::CommandResult encoded = test::RunZbctl("msg encode " + line);
+        ASSERT_EQ(encoded.status, 0) << line;
+        const test::CommandResult decoded = test::RunZbctl("msg decode " + encoded.out);
+        EXPECT_EQ(decoded.out, line + "\n");
+    }
+    const test::CommandResult wrapped = test::RunZbctl("msg encode --envelope 3 GetParameter 9");
+    EXPECT_EQ(
+        test::RunZbctl("msg decode '" + wrapped.out.substr(0, wrapped.out.size() - 1) + "'").out,
+        "instance 3: GetParameter 9\n");
+}
+
+TEST(MessageCatalog, WritesTheBytesOfTheWire) {
+    // id 1, parameter 131, -3.5 as a little-endian double (0xC00C000000000000).
+    EXPECT_EQ(test::RunZbctl("msg encode SetParameter 131 -3.5").out, "AQAAAIMAAAAAAAAAAAAMwA==\n");
+    // id 47, 1.
+    EXPECT_EQ(test::RunZbctl("msg encode StartTuningMode 1").out, "LwAAAAEAAAA=\n");
+    EXPECT_EQ(test::RunZbctl("msg encode --envelope 2 StartTuningMode 1").out,
+              "dsp_instance=2;tessel_data=LwAAAAEAAAA=\n");
+    // id 31, source 0, -20 (0xC034000000000000): a notification as a device logs it.
+    EXPECT_EQ(
+        test::RunZbctl("msg decode 'dsp_instance=0;tessel_data=HwAAAAAAAAAAAAAAAAA0wA=='").out,
+        "instance 0: UpdateLinkLawsSourceParameter 0 -20\n");
+    EXPECT_EQ(test::RunZbctl("msg decode AQAAAIMAAAAAAAAAAAAMwA==").out, "SetParameter 131 -3.5\n");
+}
+
+TEST(MessageCatalog, RefusesWhatItCannotRead) {
+    const auto fault = [](const std::string& line) {
+        try {
+            EncodeLine(line);
+        } catch (const ZbctlError& e) {
+            return std::string(e.what());
+        }
+        return std::string("accepted");
+    };
+    EXPECT_EQ(fault("Nothing 1"), "unknown message \"Nothing\"; zbctl msg --help lists them");
+    EXPECT_EQ(fault("SetParameter 131"), "too few fields; usage: SetParameter ID VALUE");
+    EXPECT_EQ(fault("SetParameter 131 1 2"), "too many fields; usage: SetParameter ID VALUE");
+    EXPECT_EQ(fault("SetParameter -1 1"),
+              "\"-1\" is not a whole number from 0 to 4294967295; usage: SetParameter ID VALUE");
+    EXPECT_EQ(fault("SetEnable 2"), "\"2\" is not 0 or 1; usage: SetEnable 0|1");
+    EXPECT_EQ(fault("SetChunk 1 abc"),
+              "\"abc\" is not bytes in hexadecimal, two digits each; usage: SetChunk INDEX "
+              "[HEXBYTES]");
+    EXPECT_EQ(fault("RequestMeters 1:1"),
+              "\"1:1\" is not INDEX:TYPE:MODE or INDEX:TYPE:MODE:RESET; usage: RequestMeters "
+              "[INDEX:TYPE:MODE[:RESET]]...");
+
+    // A scenario line names its line and the message's usage.
+    const auto scenarioFault = [](const std::string& text) {
+        try {
+            ParseScenario(text, "s");
+        } catch (const ZbctlError& e) {
+            return std::string(e.what());
+        }
+        return std::string("accepted");
+    };
+    EXPECT_EQ(scenarioFault("tuning on\nset SetParameter 131\n"),
+              "s:2: too few fields; usage: SetParameter ID VALUE");
+    EXPECT_EQ(scenarioFault("get\n"),
+              "s:1: get takes 1 argument(s), 0 given; usage: get MESSAGE FIELDS...");
+    EXPECT_EQ(scenarioFault("tuning maybe\n"),
+              "s:1: \"maybe\" is not on or off; usage: tuning on|off");
+    EXPECT_EQ(ParseScenario("get GetParameter 131 # read back\n", "s")[0].frame,
+              (std::vector<char>{10, 0, 0, 0, static_cast<char>(0x83), 0, 0, 0}));
+
+    // Every truncation of a valid frame either reads as some message or is refused in words.
+    const TesselFX::test::LogCapture quiet;
+    const std::vector<char> frame =
+        EncodeLine("SetFullPreset parameters 1 2 chunk 0a0b sources 0 -20");
+    for (size_t size = 0; size < frame.size(); ++size) {
+        try {
+            MessageCatalog::Describe(std::vector<char>(frame.begin(), frame.begin() + size),
+                                     MessageDirection::kAny);
+        } catch (const ZbctlError&) {
+        }
+    }
+    EXPECT_EQ(test::RunZbctl("msg decode AAAAAA==").status, 2);
+    EXPECT_EQ(test::RunZbctl("msg decode 'dsp_instance=1;other=AAAA'").status, 2);
+}
+
+}  // namespace
+}  // namespace zbctl
+}  // namespace TesselFX

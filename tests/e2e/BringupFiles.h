@@ -181,26 +181,4 @@ inline std::string LinkLaw(uint32_t source, uint32_t target,
     return out;
 }
 
-/// A coefficient block of the stand-in library: id, 16, then the inputs of its group.
-inline std::string Block(uint32_t id, const std::map<unsigned, float>& inputs) {
-    std::string out;
-    PutU32(out, id);
-    PutU32(out, 16);
-    for (unsigned i = 0; i < 16; ++i) {
-        auto found = inputs.find(i);
-        PutF32(out, found == inputs.end() ? 0.0f : found->second);
-    }
-    return out;
-}
-
-/// A set-coefficients frame: opcode 1, payload length, the blocks.
-inline std::string Frame(const std::vector<std::string>& blocks) {
-    std::string payload;
-    for (const std::string& block : blocks) payload += block;
-    std::string out;
-    PutU32(out, 1);
-    PutU32(out, static_cast<uint32_t>(payload.size()));
-    return out + payload;
-}
-
 }  // namespace bringup_test

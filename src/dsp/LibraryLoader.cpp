@@ -21,11 +21,22 @@ void LibraryLoader::Resolve(const char* name) {
     void* address = dlsym(m_handle, name);
     const char* error = dlerror();
     if (address != nullptr && error == nullptr) m_functions[name] = address;
+    m_literals.clear();
+    m_lastLiteral = nullptr;
 }
 
 void* LibraryLoader::Find(const std::string& name) const {
     const auto it = m_functions.find(name);
     return it != m_functions.end() ? it->second : nullptr;
+}
+
+void* LibraryLoader::FindLiteral(const char* name) const {
+    if (name == m_lastLiteral) return m_lastAddress;
+    auto known = m_literals.find(name);
+    if (known == m_literals.end()) known = m_literals.emplace(name, Find(name)).first;
+    m_lastLiteral = name;
+    m_lastAddress = known->second;
+    return m_lastAddress;
 }
 
 }  // namespace TesselFX

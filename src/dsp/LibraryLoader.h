@@ -21,10 +21,17 @@ class LibraryLoader {
     void Resolve(const char* name);
     /// The kept address of name, or null.
     void* Find(const std::string& name) const;
+    /// The same for a name that stays at its address, such as a literal: the answer is kept
+    /// by the name's address, so that a call made per parameter does not hash the name.
+    void* FindLiteral(const char* name) const;
 
   private:
     void* m_handle = nullptr;
     std::unordered_map<std::string, void*> m_functions;
+    /// Answers of FindLiteral, and the last one apart; emptied whenever m_functions changes.
+    mutable std::unordered_map<const char*, void*> m_literals;
+    mutable const char* m_lastLiteral = nullptr;
+    mutable void* m_lastAddress = nullptr;
 };
 
 }  // namespace TesselFX

@@ -66,7 +66,7 @@ ZorbEffectWrapper::ZorbEffectWrapper(const std::string& path, int flags) : m_loa
 
 template <typename Function, typename... Args>
 bool ZorbEffectWrapper::Call(const char* name, Args... args) {
-    void* address = m_loader.Find(name);
+    void* address = m_loader.FindLiteral(name);
     if (address == nullptr) {
         ZorbEffectLogError("Error: Function %s not found.", name);
         return false;

@@ -78,6 +78,7 @@ class ZorbEffectWrapper : public IZorbEffectWrapper {
     /// Allocates the effect buffer of the size the library asks for, replacing any earlier
     /// one; on failure the buffer is freed.
     bool PrepareEffectBuffer();
+    /// Calls the entry point name, a literal: its address is kept by the literal's address.
     template <typename Function, typename... Args>
     bool Call(const char* name, Args... args);
 

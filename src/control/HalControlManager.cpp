@@ -266,7 +266,8 @@ bool HalControlManager::RegisterNotifier(const zorbaudio_settings_t* settings,
 
 bool HalControlManager::HasCommandParser(const char* operation) const {
     if (!m_commandParser) {
-        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s: command parser is not available", operation);
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s: this control object has no command parser",
+                         operation);
         return false;
     }
     return true;

@@ -485,8 +485,8 @@ TEST(HalControlManagerTest, CommandsFailWithoutAParser) {
     EXPECT_FALSE(manager.SetCommand(settings->GetSettings(), "x", 2));
     EXPECT_FALSE(manager.GetCommand(settings->GetSettings(), "x", 2, reply, replySize));
     EXPECT_EQ(ErrorTexts(capture),
-              (std::vector<std::string>{"SetCommand: command parser is not available",
-                                        "GetCommand: command parser is not available"}));
+              (std::vector<std::string>{"SetCommand: this control object has no command parser",
+                                        "GetCommand: this control object has no command parser"}));
 }
 
 }  // namespace

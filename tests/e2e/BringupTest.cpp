@@ -455,14 +455,5 @@ TEST_F(BringupTest, ASecondInitialisationReplacesTheGraphAndAFailedOneKeepsIt) {
     EXPECT_EQ(Take(5), Frames{Frame({Block(4096, {{1, 1.0f}})})});
 }
 
-TEST_F(BringupTest, TuningCommandsFailWithoutACommandParser) {
-    ASSERT_EQ(Init(), 1);
-    char command[] = "AAAA";
-    EXPECT_EQ(zb_set_command(m_handle, 1, command), 0);
-    char reply[128] = {};
-    EXPECT_EQ(zb_get_command(m_handle, 1, command, reply, sizeof(reply)), 0);
-    EXPECT_TRUE(Take().empty());
-}
-
 }  // namespace
 }  // namespace bringup_test

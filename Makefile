@@ -1,5 +1,6 @@
 # make demo        builds everything and runs zbctl on the bundled example
 # make test        builds everything and runs every test through CTest
+# make bench       builds RelWithDebInfo and runs the benchmarks (never part of make test)
 # SANITIZE=address,undefined or SANITIZE=thread builds into a directory of its own.
 # make test-aarch64  cross-builds for 64-bit ARM into build-aarch64/, runs CTest under qemu-aarch64
 #                    and builds a C consumer against the installed arm64 tree
@@ -23,7 +24,7 @@ THREADED_TESTS ?= test_log stress/test_stress
 TSAN_GTEST_FILTER ?= -LoggerExitTest.ExitWhileThreadsLogEndsCleanly
 
 .PHONY: all bootstrap configure build test demo clean test-aarch64 test-soong test-install \
-        test-asan test-tsan fuzz-build fuzz
+        test-asan test-tsan fuzz-build fuzz bench
 
 all: build
 
@@ -38,6 +39,11 @@ build: configure
 
 test: build
 	@cd $(BUILD_DIR) && ctest --output-on-failure -j $(JOBS)
+
+BENCH_ARGS ?= --benchmark_repetitions=5 --benchmark_report_aggregates_only=true
+bench: configure
+	@cmake --build $(BUILD_DIR) -j $(JOBS) --target zb_bench zb_callgrind
+	@$(BUILD_DIR)/bench/zb_bench $(BENCH_ARGS)
 
 demo: build
 	@$(BUILD_DIR)/tools/zbctl/zbctl run

@@ -1,5 +1,8 @@
 #include "control/ControlHandler.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include "log/TesselLog.h"
 #include "preset/CLinkLawEntrySerializer.h"
 #include "preset/LinkLawEntry.h"
@@ -304,8 +307,7 @@ bool ControlHandler::SetParametersArray(const std::map<unsigned int, double>& pa
     if (!m_presetHandle || m_waitingForFlush) {
         return true;
     }
-    std::map<unsigned int, double> all;
-    return GetParametersArray(all) && SetParametersArrayCommand(all, flag);
+    return SendAllParameters(flag);
 }
 
 bool ControlHandler::SetChunk(unsigned int index, const std::vector<char>& data) {
@@ -320,8 +322,114 @@ bool ControlHandler::SetCurrentPreset() {
     if (m_waitingForFlush) {
         return true;
     }
-    std::map<unsigned int, double> all;
-    return GetParametersArray(all) && SetParametersArrayCommand(all, false);
+    return SendAllParameters(false);
+}
+
+bool ControlHandler::SendAllParameters(bool flag) {
+    const ParameterList* all = nullptr;
+    if (!m_tuningPreset && m_presetHandle) {
+        all = m_presetHandle->GetFinalParameterList();
+    }
+    if (all == nullptr) {
+        std::map<unsigned int, double> parameters;
+        return GetParametersArray(parameters) && SetParametersArrayCommand(parameters, flag);
+    }
+    ParameterChanges changes;
+    changes.all = !m_presetHandle->TakeParameterChanges(changes.ids);
+    if (changes.all) {
+        m_nanParameters.clear();
+        for (const auto& parameter : *all) {
+            if (std::isnan(parameter.second)) m_nanParameters.insert(parameter.first);
+        }
+    } else {
+        std::sort(changes.ids.begin(), changes.ids.end());
+        changes.ids.erase(std::unique(changes.ids.begin(), changes.ids.end()), changes.ids.end());
+        for (unsigned int id : changes.ids) {
+            const auto found = FindParameter(*all, id);
+            if (found != all->end() && std::isnan(found->second)) {
+                m_nanParameters.insert(id);
+            } else {
+                m_nanParameters.erase(id);
+            }
+        }
+    }
+    std::vector<char> linkLaws;
+    if (!GetChunk(ZBAC_LINKLAWS, linkLaws)) {
+        linkLaws.clear();
+    }
+    const std::map<unsigned int, std::vector<char>> chunks{{ZBAC_LINKLAWS, std::move(linkLaws)}};
+    if (!UpdateNotificationBaseline(*all, changes, chunks)) {
+        // The listener may call back into the library and change the handle: from here on a
+        // copy travels, as in SetParametersArrayCommand.
+        const std::map<unsigned int, double> parameters = ToParameterMap(*all);
+        NotifyParametersAndChunksChanged(parameters, chunks);
+        return SetParametersArrayCommandImpl(parameters, flag);
+    }
+    return SendParameterList(*all, changes, flag);
+}
+
+bool ControlHandler::SendParameterList(const ParameterList& all, const ParameterChanges&,
+                                       bool flag) {
+    return SetParametersArrayCommandImpl(ToParameterMap(all), flag);
+}
+
+bool ControlHandler::UpdateNotificationBaseline(
+    const ParameterList& all, const ParameterChanges& changes,
+    const std::map<unsigned int, std::vector<char>>& chunks) {
+    const bool incremental = m_lastParametersTracked && !changes.all;
+    // As maps compare: another count, another key or a value that compares unequal, which a
+    // NaN always does.
+    bool parametersChanged =
+        all.size() != m_lastParameters.size() || (incremental && m_lastParametersNaN != 0);
+    if (incremental) {
+        for (auto id = changes.ids.begin(); !parametersChanged && id != changes.ids.end(); ++id) {
+            const auto now = FindParameter(all, *id);
+            const auto last = m_lastParameters.find(*id);
+            parametersChanged = (now == all.end()) != (last == m_lastParameters.end()) ||
+                                (now != all.end() && !(now->second == last->second));
+        }
+    } else if (!parametersChanged) {
+        auto last = m_lastParameters.begin();
+        for (auto now = all.begin(); !parametersChanged && now != all.end(); ++now, ++last) {
+            parametersChanged = now->first != last->first || !(now->second == last->second);
+        }
+    }
+    // Two empty chunk maps count as different.
+    const bool chunksChanged = (chunks.empty() && m_lastChunks.empty()) || chunks != m_lastChunks;
+    if (m_parametersAndChunksChangedListener &&
+        ((m_notifyParameters && parametersChanged) || (m_notifyChunks && chunksChanged))) {
+        return false;
+    }
+    if (incremental) {
+        for (unsigned int id : changes.ids) {
+            const auto now = FindParameter(all, id);
+            const auto last = m_lastParameters.find(id);
+            if (last != m_lastParameters.end()) {
+                if (std::isnan(last->second)) --m_lastParametersNaN;
+                if (now == all.end()) {
+                    m_lastParameters.erase(last);
+                    continue;
+                }
+                last->second = now->second;
+            } else if (now != all.end()) {
+                m_lastParameters.emplace(id, now->second);
+            }
+            if (now != all.end() && std::isnan(now->second)) ++m_lastParametersNaN;
+        }
+    } else {
+        m_lastParameters = ToParameterMap(all);
+        m_lastParametersNaN = 0;
+        for (const auto& parameter : all) {
+            if (std::isnan(parameter.second)) ++m_lastParametersNaN;
+        }
+    }
+    if (chunksChanged) {
+        m_lastChunks = chunks;
+    }
+    m_lastParametersTracked = true;
+    m_notifyParameters = false;
+    m_notifyChunks = false;
+    return true;
 }
 
 bool ControlHandler::GetParametersArray(std::map<unsigned int, double>& parameters) {
@@ -617,6 +725,7 @@ void ControlHandler::NotifyParametersAndChunksChanged(
     m_notifyChunks = false;
     m_lastParameters = parameters;
     m_lastChunks = chunks;
+    m_lastParametersTracked = false;
     if (tellParameters) {
         listener->OnParametersChanged(parameters);
     }

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -147,6 +148,26 @@ class ControlHandler : public IControlHandler, public IVolumeTableHelper::Volume
     /// Sets both notify flags: a caller changed something that a tuning tool should hear of.
     void MarkCallerChange();
 
+    /// Which final parameters of the preset handle changed since the last send: all of them,
+    /// or those of ids (ascending, unique).
+    struct ParameterChanges {
+        bool all = true;
+        std::vector<unsigned int> ids;
+    };
+    /// Collects all parameters and sends them, as SetParametersArrayCommand does with the map
+    /// form of GetParametersArray. Reading from the preset handle, it passes on only what
+    /// changed: the notification baseline and the generator are updated for those parameters.
+    bool SendAllParameters(bool flag);
+    /// The last step of SendAllParameters: SetParametersArrayCommandImpl with a map of all.
+    /// A variant whose generator takes change lists converts only what changed.
+    virtual bool SendParameterList(const ParameterList& all, const ParameterChanges& changes,
+                                   bool flag);
+    /// The change detection of NotifyParametersAndChunksChanged for a send from the preset
+    /// handle. False, with nothing done, when the listener is to be told; else the baseline
+    /// takes the changes and the notify flags are cleared.
+    bool UpdateNotificationBaseline(const ParameterList& all, const ParameterChanges& changes,
+                                    const std::map<unsigned int, std::vector<char>>& chunks);
+
     std::shared_ptr<IDspBufferSender> m_dspBufferSender;
     std::shared_ptr<IControlDescription> m_controlDescription;
     std::shared_ptr<IPresetSet> m_presetSet;
@@ -186,6 +207,12 @@ class ControlHandler : public IControlHandler, public IVolumeTableHelper::Volume
     bool m_notifyChunks = false;
     std::map<unsigned int, double> m_lastParameters;
     std::map<unsigned int, std::vector<char>> m_lastChunks;
+    /// m_lastParameters equals the handle's final parameters as of its last taken changes.
+    bool m_lastParametersTracked = false;
+    /// How many values of m_lastParameters are NaN, while tracked.
+    size_t m_lastParametersNaN = 0;
+    /// The ids whose final value is NaN: such a value never equals its former self.
+    std::set<unsigned int> m_nanParameters;
     std::map<unsigned int, double> m_linkLawValues;
 };
 

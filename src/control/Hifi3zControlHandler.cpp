@@ -1,5 +1,6 @@
 #include "control/Hifi3zControlHandler.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "log/TesselLog.h"
@@ -25,7 +26,9 @@ Hifi3zControlHandler::Hifi3zControlHandler(
     : ControlHandler(dspBufferSender, controlDescription, presetSet, volumePolicy,
                      volumeTableHelper, orientationPolicy, generator, parser, masterValueConverter),
       m_pSetParameterArrayBufferGeneratorV2(
-          std::dynamic_pointer_cast<ISetParameterArrayBufferGeneratorV2>(generator)) {
+          std::dynamic_pointer_cast<ISetParameterArrayBufferGeneratorV2>(generator)),
+      m_parameterListGenerator(
+          std::dynamic_pointer_cast<ISetParameterListBufferGenerator>(generator)) {
     PrimeParameterGenerator();
 }
 
@@ -79,9 +82,61 @@ bool Hifi3zControlHandler::SetParametersArrayCommandImpl(
     }
     std::map<unsigned int, double> merged = parameters;
     MergeEnableBypassParameter(merged);
+    // Parameter 1 alone leaves the cache as a change list knows it.
+    if (parameters.size() != parameters.count(kEnableBypassParameter)) {
+        m_generatorTracked = false;
+    }
+    return SendParameterFrames([&](std::vector<std::vector<char>>& buffers) {
+        return m_pSetParameterArrayBufferGeneratorV2->MakeSetParameterArrayBufferV2(
+            buffers, merged, m_parametersSent);
+    });
+}
+
+bool Hifi3zControlHandler::SendParameterList(const ParameterList& all,
+                                             const ParameterChanges& changes, bool flag) {
+    if (!m_parameterListGenerator || !m_pSetParameterArrayBufferGeneratorV2) {
+        return ControlHandler::SendParameterList(all, changes, flag);
+    }
+    TESSEL_LOG(1, TESSEL_LOG_FXModule, "%s SetParametersArrayCommandImpl num_parameters = %u",
+               GetDescriptionString().c_str(), static_cast<unsigned int>(all.size()));
+    if (m_waitingForFlush) {
+        return true;
+    }
+    ParameterList parameters;
+    if (changes.all || !m_generatorTracked) {
+        parameters = all;
+    } else {
+        std::vector<unsigned int> ids = changes.ids;
+        ids.push_back(kEnableBypassParameter);
+        ids.insert(ids.end(), m_nanParameters.begin(), m_nanParameters.end());
+        std::sort(ids.begin(), ids.end());
+        ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
+        for (unsigned int id : ids) {
+            const auto found = FindParameter(all, id);
+            if (found != all.end()) parameters.push_back(*found);
+        }
+    }
+    const auto bypass = std::lower_bound(
+        parameters.begin(), parameters.end(), kEnableBypassParameter,
+        [](const std::pair<unsigned int, double>& p, unsigned int id) { return p.first < id; });
+    if (bypass != parameters.end() && bypass->first == kEnableBypassParameter &&
+        bypass->second == 0.0) {
+        bypass->second = GetEnableBypassParameterValue();
+    }
+    status_t status = kStatusOk;
+    const bool sent = SendParameterFrames([&](std::vector<std::vector<char>>& buffers) {
+        status = m_parameterListGenerator->MakeSetParameterListBuffer(buffers, parameters,
+                                                                      m_parametersSent);
+        return status;
+    });
+    m_generatorTracked = status == kStatusOk;
+    return sent;
+}
+
+template <typename Make>
+bool Hifi3zControlHandler::SendParameterFrames(Make make) {
     std::vector<std::vector<char>> buffers;
-    if (m_pSetParameterArrayBufferGeneratorV2->MakeSetParameterArrayBufferV2(
-            buffers, merged, m_parametersSent) != kStatusOk) {
+    if (make(buffers) != kStatusOk) {
         return false;
     }
     bool overtaken = false;

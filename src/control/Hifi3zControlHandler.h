@@ -7,6 +7,7 @@
 
 #include "control/ControlHandler.h"
 #include "dsp/ISetParameterArrayBufferGeneratorV2.h"
+#include "dsp/ISetParameterListBufferGenerator.h"
 
 namespace TesselFX {
 
@@ -53,8 +54,21 @@ class Hifi3zControlHandler : public ControlHandler {
     virtual void PrimeParameterGenerator();
 
   protected:
+    /// With a generator of change lists, gives it only the changed parameters, parameter 1
+    /// and the NaN ones, unless its cache may hold anything else than the parameters sent.
+    bool SendParameterList(const ParameterList& all, const ParameterChanges& changes,
+                           bool flag) override;
+    /// Sends the frames that make fills, in order, and stops at the first failure. make
+    /// returns the generator's status; a failure sends nothing.
+    template <typename Make>
+    bool SendParameterFrames(Make make);
+
     std::shared_ptr<ISetParameterArrayBufferGeneratorV2> m_pSetParameterArrayBufferGeneratorV2;
     bool m_parametersSent = false;
+    std::shared_ptr<ISetParameterListBufferGenerator> m_parameterListGenerator;
+    /// The generator's cache agrees with the handle's final parameters as last sent, but for
+    /// parameter 1 and NaN values: a change list then says all that differs.
+    bool m_generatorTracked = false;
 
   private:
     /// Sends the frames in order; false after the log line at the first that fails.

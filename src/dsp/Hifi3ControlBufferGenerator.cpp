@@ -4,22 +4,45 @@ namespace TesselFX {
 
 namespace {
 
-/// The entries of parameters whose id is not in cache or whose value differs from the
-/// cached one as exact doubles (so NaN always differs). Ids only in cache are ignored.
-std::map<unsigned int, double> GetChangedParameters(
-    const std::map<unsigned int, double>& parameters, const std::map<unsigned int, double>& cache) {
-    std::map<unsigned int, double> changed;
+/// The entries of parameters, ascending, whose id is not in cache or whose value differs from
+/// the cached one as exact doubles (so NaN always differs). Ids only in cache are ignored. A
+/// large set walks beside the cache, a small one looks each id up.
+template <typename Sorted>
+ParameterList GetChangedParameters(const Sorted& parameters, size_t count,
+                                   const ParameterList& cache) {
+    ParameterList changed;
+    const auto differs = [](const ParameterList::const_iterator& cached, double value) {
+        return !(cached->second == value);
+    };
+    if (count * 16 < cache.size()) {
+        for (const auto& parameter : parameters) {
+            const auto cached = FindParameter(cache, parameter.first);
+            if (cached == cache.end() || differs(cached, parameter.second)) {
+                changed.emplace_back(parameter.first, parameter.second);
+            }
+        }
+        return changed;
+    }
+    auto cached = cache.begin();
     for (const auto& parameter : parameters) {
-        const auto it = cache.find(parameter.first);
-        if (it == cache.end() || !(it->second == parameter.second)) changed.insert(parameter);
+        while (cached != cache.end() && cached->first < parameter.first) ++cached;
+        if (cached == cache.end() || cached->first != parameter.first ||
+            differs(cached, parameter.second)) {
+            changed.emplace_back(parameter.first, parameter.second);
+        }
     }
     return changed;
 }
 
-/// Overlays source on target.
-void MergeParameters(std::map<unsigned int, double>& target,
-                     const std::map<unsigned int, double>& source) {
-    for (const auto& parameter : source) target[parameter.first] = parameter.second;
+/// Overlays the changed entries on the cache.
+void MergeParameters(ParameterList& cache, const ParameterList& changed) {
+    if (changed.size() * 16 < cache.size()) {
+        for (const auto& parameter : changed) {
+            SetParameterInList(cache, parameter.first, parameter.second);
+        }
+        return;
+    }
+    OverlayParameterList(cache, changed);
 }
 
 void AppendU32(std::vector<char>& out, uint32_t value) {
@@ -40,13 +63,25 @@ Hifi3ControlBufferGenerator::Hifi3ControlBufferGenerator(std::shared_ptr<ICoefsC
 status_t Hifi3ControlBufferGenerator::MakeSetParameterArrayBufferV2(
     std::vector<std::vector<char>>& out, const std::map<unsigned int, double>& parameters,
     bool onlyChanged) {
-    const std::map<unsigned int, double> diff = GetChangedParameters(parameters, m_lastParameters);
+    return MakeBuffers(out, parameters, parameters.size(), onlyChanged);
+}
+
+status_t Hifi3ControlBufferGenerator::MakeSetParameterListBuffer(
+    std::vector<std::vector<char>>& out, const ParameterList& parameters, bool onlyChanged) {
+    return MakeBuffers(out, parameters, parameters.size(), onlyChanged);
+}
+
+template <typename Sorted>
+status_t Hifi3ControlBufferGenerator::MakeBuffers(std::vector<std::vector<char>>& out,
+                                                  const Sorted& parameters, size_t count,
+                                                  bool onlyChanged) {
+    const ParameterList diff = GetChangedParameters(parameters, count, m_lastParameters);
     if (diff.empty()) {
         if (!onlyChanged) PackCoefficientBuffers(out, m_coefficients);
         return kStatusOk;
     }
     std::map<uint32_t, std::vector<char>> coefs;
-    if (!m_converter || !m_converter->Convert(diff, coefs)) return kStatusBadValue;
+    if (!m_converter || !m_converter->Convert(ToParameterMap(diff), coefs)) return kStatusBadValue;
     MergeParameters(m_lastParameters, diff);
     MergeCoefficients(m_coefficients, coefs);
     PackCoefficientBuffers(out, onlyChanged ? coefs : m_coefficients);

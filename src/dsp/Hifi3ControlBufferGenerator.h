@@ -11,6 +11,8 @@
 #include "dsp/IGetMetersBufferGenerator.h"
 #include "dsp/IGetVersionBufferGenerator.h"
 #include "dsp/ISetParameterArrayBufferGeneratorV2.h"
+#include "dsp/ISetParameterListBufferGenerator.h"
+#include "preset/ParameterMaps.h"
 
 namespace TesselFX {
 
@@ -21,6 +23,7 @@ namespace TesselFX {
 class Hifi3ControlBufferGenerator : public IControlBufferGenerator,
                                     public ISetParameterArrayBufferGeneratorV2,
                                     public IGetMetersBufferGenerator,
+                                    public ISetParameterListBufferGenerator,
                                     public IGetVersionBufferGenerator {
   public:
     explicit Hifi3ControlBufferGenerator(std::shared_ptr<ICoefsConverter> converter);
@@ -32,6 +35,9 @@ class Hifi3ControlBufferGenerator : public IControlBufferGenerator,
     status_t MakeSetParameterArrayBufferV2(std::vector<std::vector<char>>& out,
                                            const std::map<unsigned int, double>& parameters,
                                            bool onlyChanged) override;
+    /// The same for a caller that passes only what it may have changed.
+    status_t MakeSetParameterListBuffer(std::vector<std::vector<char>>& out,
+                                        const ParameterList& parameters, bool onlyChanged) override;
     /// out becomes the 4-byte get-meters request; the DSP always answers with every meter.
     status_t MakeGetMetersBuffer(std::vector<char>& out,
                                  const std::map<uint32_t, CMeterInfo>& infos) override;
@@ -51,9 +57,14 @@ class Hifi3ControlBufferGenerator : public IControlBufferGenerator,
         const std::map<uint32_t, std::vector<char>>& coefficients, size_t limit);
 
   private:
+    /// Both make operations: parameters is a sequence of (id, value) in ascending id.
+    template <typename Sorted>
+    status_t MakeBuffers(std::vector<std::vector<char>>& out, const Sorted& parameters,
+                         size_t count, bool onlyChanged);
+
     std::shared_ptr<ICoefsConverter> m_converter;
     std::map<uint32_t, std::vector<char>> m_coefficients;
-    std::map<unsigned int, double> m_lastParameters;
+    ParameterList m_lastParameters;
 };
 
 }  // namespace TesselFX

@@ -8,6 +8,7 @@
 #include "preset/IPresetHandleListener.h"
 #include "preset/LinkLawEntry.h"
 #include "preset/OmSm.h"
+#include "preset/ParameterMaps.h"
 
 namespace TesselFX {
 
@@ -50,6 +51,19 @@ class IPresetHandle {
     virtual std::vector<LinkLawEntry> GetLinkLawEntries() = 0;
     /// Must not be called with an empty pointer.
     virtual void SetSuperPreset(const std::shared_ptr<SuperPreset>& superPreset) = 0;
+
+    /// The final parameters in ascending id, refreshed first; the same read as the map form of
+    /// GetAllParameters without its copy. The list belongs to the handle and stays valid until
+    /// the next call on the handle. Null from a handle that keeps no such list.
+    virtual const ParameterList* GetFinalParameterList() { return nullptr; }
+    /// Refreshes, then moves into ids every parameter whose final value or presence may have
+    /// changed since the previous call (in no order, possibly repeated). False when any
+    /// parameter may have changed: at the first call, after a merge of the presets, or from a
+    /// handle that does not track changes; ids is then empty.
+    virtual bool TakeParameterChanges(std::vector<unsigned int>& ids) {
+        ids.clear();
+        return false;
+    }
 };
 
 }  // namespace TesselFX

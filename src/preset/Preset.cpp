@@ -17,19 +17,21 @@ Preset::Preset(uint32_t outputMode, uint32_t soundMode, uint32_t subtypeMask,
       m_priority(priority),
       m_linkLawSerializer(linkLawSerializer) {}
 
-void Preset::SetParameter(unsigned int id, double value) { m_parameters[id] = value; }
+void Preset::SetParameter(unsigned int id, double value) {
+    SetParameterInList(m_parameters, id, value);
+}
 
 void Preset::SetParameterArray(const std::vector<unsigned int>& ids,
                                const std::vector<double>& values) {
-    for (size_t i = 0; i < ids.size() && i < values.size(); ++i) m_parameters[ids[i]] = values[i];
+    OverlayParameterPairs(m_parameters, ids, values);
 }
 
 void Preset::SetParameterArray(const std::map<unsigned int, double>& parameters) {
-    MergeParameterMap(m_parameters, parameters);
+    OverlayParameterList(m_parameters, parameters);
 }
 
 bool Preset::GetParameter(unsigned int id, double& value) const {
-    const auto found = m_parameters.find(id);
+    const auto found = FindParameter(m_parameters, id);
     if (found == m_parameters.end()) return false;
     value = found->second;
     return true;
@@ -50,14 +52,18 @@ bool Preset::GetAllParameters(std::vector<unsigned int>& ids, std::vector<double
     return true;
 }
 
-std::map<unsigned int, double> Preset::GetAllParameters() const { return m_parameters; }
+std::map<unsigned int, double> Preset::GetAllParameters() const {
+    return ToParameterMap(m_parameters);
+}
 
-bool Preset::HasParameter(unsigned int id) const { return m_parameters.count(id) != 0; }
+bool Preset::HasParameter(unsigned int id) const {
+    return FindParameter(m_parameters, id) != m_parameters.end();
+}
 
-void Preset::ClearParameter(unsigned int id) { m_parameters.erase(id); }
+void Preset::ClearParameter(unsigned int id) { EraseParameterFromList(m_parameters, id); }
 
 void Preset::ClearParameterArray(const std::vector<unsigned int>& ids) {
-    for (unsigned int id : ids) m_parameters.erase(id);
+    for (unsigned int id : ids) EraseParameterFromList(m_parameters, id);
     if (TESSEL_LOG_ON(1, TESSEL_LOG_Preset)) {
         for (const auto& parameter : m_parameters) {
             TESSEL_LOG(1, TESSEL_LOG_Preset, "%u %lf", parameter.first, parameter.second);
@@ -141,7 +147,10 @@ const IPreset* Preset::AsConst() const { return this; }
 IPreset* Preset::AsMutable() { return this; }
 
 void Preset::CopyContentTo(IPreset& clone) const {
-    clone.SetParameterArray(m_parameters);
+    std::vector<unsigned int> ids;
+    std::vector<double> values;
+    SplitParameterMap(m_parameters, ids, values);
+    clone.SetParameterArray(ids, values);
     for (const auto& chunk : m_chunks) clone.SetChunk(chunk.first, chunk.second);
 }
 

@@ -8,6 +8,7 @@
 
 #include "preset/CLinkLawEntrySerializer.h"
 #include "preset/IPreset.h"
+#include "preset/ParameterMaps.h"
 
 namespace TesselFX {
 
@@ -71,7 +72,7 @@ class Preset : public IPreset {
     const uint16_t m_flags;
     const uint8_t m_priority;
     std::shared_ptr<CLinkLawEntrySerializer> m_linkLawSerializer;
-    std::map<unsigned int, double> m_parameters;
+    ParameterList m_parameters;
     std::map<unsigned int, std::vector<char>> m_chunks;
     std::vector<LinkLawEntry> m_linkLawEntries;
 };

@@ -1,5 +1,7 @@
 #include "preset/PresetHandle.h"
 
+#include <cstring>
+
 #include "log/TesselLog.h"
 #include "preset/IPresetHandleListener.h"
 #include "preset/ParameterMaps.h"
@@ -9,8 +11,16 @@
 
 namespace TesselFX {
 
-void PresetHandle::SuperPresetChangeListener::Changed() {
+namespace {
+
+/// Equal bits: a NaN equals itself here, unlike in a comparison of doubles.
+bool SameValue(double a, double b) { return std::memcmp(&a, &b, sizeof(a)) == 0; }
+
+}  // namespace
+
+void PresetHandle::SuperPresetChangeListener::Changed(bool linkLaws) {
     m_handle->m_superPresetChanged = true;
+    if (linkLaws) m_handle->m_superLinkLawsChanged = true;
     m_handle->NotifyListenerChanged();
 }
 
@@ -48,13 +58,19 @@ void PresetHandle::RefreshIfChanged() {
 }
 
 void PresetHandle::Refresh() {
-    if (m_presetsChanged) MergePresets();
-    if (m_presetsChanged || m_superPresetChanged) {
-        m_presetParameters = m_mergedParameters;
-        m_presetLinkLawEntries = m_mergedLinkLawEntries;
-        if (m_superPreset) MergeSuperPreset();
+    const bool merge = m_presetsChanged;
+    std::vector<unsigned int> presetChanged;
+    bool entriesMerged = merge;
+    if (merge) MergePresets();
+    if (merge || m_superPresetChanged) {
+        if (merge) {
+            m_presetParameters = m_mergedParameters;
+            m_presetLinkLawEntries = m_mergedLinkLawEntries;
+            m_superParameters.clear();
+        }
+        if (m_superPreset) entriesMerged = MergeSuperPreset(merge, presetChanged) || merge;
     }
-    ApplyLinkLaws();
+    ApplyLinkLaws(merge, entriesMerged, presetChanged);
     m_presetsChanged = false;
     m_superPresetChanged = false;
     m_linkLawsChanged = false;
@@ -87,9 +103,13 @@ void PresetHandle::MergePresets() {
     SortByPresetOrder(userList);
 
     m_mergedParameters.clear();
+    std::vector<unsigned int> ids;
+    std::vector<double> values;
     for (size_t i = 0; i < systemList.size(); ++i) {
-        MergeParameterMap(m_mergedParameters, systemList[i]->GetAllParameters());
-        MergeParameterMap(m_mergedParameters, userList[i]->GetAllParameters());
+        systemList[i]->GetAllParameters(ids, values);
+        OverlayParameterPairs(m_mergedParameters, ids, values);
+        userList[i]->GetAllParameters(ids, values);
+        OverlayParameterPairs(m_mergedParameters, ids, values);
     }
     m_linkLaws->ClearEntries();
     for (size_t i = 0; i < systemList.size(); ++i) {
@@ -99,45 +119,161 @@ void PresetHandle::MergePresets() {
     m_mergedLinkLawEntries = m_linkLaws->GetEntries();
 }
 
-void PresetHandle::MergeSuperPreset() {
+bool PresetHandle::MergeSuperPreset(bool full, std::vector<unsigned int>& changed) {
     TESSEL_LOG_ENTERING(TESSEL_LOG_FXModule);
-    MergeParameterMap(m_presetParameters, m_superPreset->GetAllParameters());
-    m_linkLaws->ClearEntries();
-    m_linkLaws->SetEntries(m_mergedLinkLawEntries);
-    m_linkLaws->SetEntries(m_superPreset->GetLinkLawEntries());
-    m_presetLinkLawEntries = m_linkLaws->GetEntries();
+    std::vector<unsigned int> ids;
+    std::vector<double> values;
+    m_superPreset->GetAllParameters(ids, values);
+    ParameterList super;
+    super.reserve(ids.size());
+    for (size_t i = 0; i < ids.size(); ++i) super.emplace_back(ids[i], values[i]);
+    if (full) {
+        OverlayParameterList(m_presetParameters, super);
+    } else {
+        // Walk the last merged and the current super parameters together; an id that left the
+        // super preset falls back to the presets' value.
+        auto last = m_superParameters.begin();
+        auto now = super.begin();
+        while (last != m_superParameters.end() || now != super.end()) {
+            if (now == super.end() ||
+                (last != m_superParameters.end() && last->first < now->first)) {
+                const auto merged = FindParameter(m_mergedParameters, last->first);
+                if (merged != m_mergedParameters.end()) {
+                    SetParameterInList(m_presetParameters, merged->first, merged->second);
+                } else {
+                    EraseParameterFromList(m_presetParameters, last->first);
+                }
+                changed.push_back(last->first);
+                ++last;
+                continue;
+            }
+            const bool known = last != m_superParameters.end() && last->first == now->first;
+            if (!known || !SameValue(last->second, now->second)) {
+                SetParameterInList(m_presetParameters, now->first, now->second);
+                changed.push_back(now->first);
+            }
+            if (known) ++last;
+            ++now;
+        }
+    }
+    m_superParameters.swap(super);
+    const bool mergeEntries = full || m_superLinkLawsChanged;
+    m_superLinkLawsChanged = false;
+    if (mergeEntries) {
+        m_linkLaws->ClearEntries();
+        m_linkLaws->SetEntries(m_mergedLinkLawEntries);
+        m_linkLaws->SetEntries(m_superPreset->GetLinkLawEntries());
+        m_presetLinkLawEntries = m_linkLaws->GetEntries();
+    }
+    return mergeEntries;
 }
 
-bool PresetHandle::IsLinkLawsActive(const std::map<unsigned int, double>& parameters) const {
-    const auto found = parameters.find(kLinkLawsActiveParameter);
-    if (found == parameters.end()) return m_linkLaws->IsActiveByDefault(parameters);
+bool PresetHandle::IsLinkLawsActive(const ParameterList& parameters) const {
+    const auto found = FindParameter(parameters, kLinkLawsActiveParameter);
+    // The default answers of the link laws look at no parameter.
+    if (found == parameters.end()) return m_linkLaws->IsActiveByDefault({});
     return found->second != 0.0;
 }
 
-bool PresetHandle::IsSimulation(const std::map<unsigned int, double>& parameters) const {
-    const auto found = parameters.find(kLinkLawsSimulationParameter);
-    if (found == parameters.end()) return m_linkLaws->IsSimulationByDefault(parameters);
+bool PresetHandle::IsSimulation(const ParameterList& parameters) const {
+    const auto found = FindParameter(parameters, kLinkLawsSimulationParameter);
+    if (found == parameters.end()) return m_linkLaws->IsSimulationByDefault({});
     return found->second != 0.0;
 }
 
-void PresetHandle::ApplyLinkLaws() {
-    m_finalParameters = m_presetParameters;
+ParameterList PresetHandle::ComputeLinkLawParameters(bool apply) {
+    m_linkLawEvaluationLogs = false;
+    if (!apply) return {};
+    ParameterList parameters = ToParameterList(m_linkLaws->GetMasterValues());
+    OverlayParameterList(parameters, m_linkLaws->GetTargetValues());
+    const std::map<unsigned int, double> sources = m_linkLaws->GetSources();
+    for (const LinkLawEntry& entry : m_presetLinkLawEntries) {
+        if (entry.ConversionMethod != "Linear" || sources.count(entry.SourceControlId) == 0) {
+            m_linkLawEvaluationLogs = true;
+        }
+    }
+    return parameters;
+}
+
+void PresetHandle::ApplyLinkLaws(bool full, bool entriesMerged,
+                                 const std::vector<unsigned int>& presetChanged) {
+    bool apply = false;
     if (!IsLinkLawsActive(m_presetParameters)) {
         TESSEL_LOG(1, TESSEL_LOG_FXModule, "LinkLaws is inactive");
-        return;
-    }
-    if (IsSimulation(m_presetParameters)) {
+    } else if (IsSimulation(m_presetParameters)) {
         TESSEL_LOG(1, TESSEL_LOG_FXModule, "LinkLaws is simulation");
+    } else {
+        TESSEL_LOG(1, TESSEL_LOG_FXModule, "LinkLaws is active");
+        apply = true;
+    }
+    if (apply && m_linkLawEvaluationLogs && !entriesMerged && !m_linkLawsChanged) {
+        // A full recomputation evaluates the laws on every refresh, and with them their logs.
+        m_linkLaws->SetEntries({});
+        entriesMerged = true;
+    }
+    const bool recompute = full || entriesMerged || m_linkLawsChanged || apply != m_linkLawsApplied;
+    if (full) {
+        m_linkLawParameters = ComputeLinkLawParameters(apply);
+        m_linkLawsApplied = apply;
+        m_finalParameters = m_presetParameters;
+        OverlayParameterList(m_finalParameters, m_linkLawParameters);
+        m_allParametersChanged = true;
+        m_changedParameters.clear();
         return;
     }
-    TESSEL_LOG(1, TESSEL_LOG_FXModule, "LinkLaws is active");
-    MergeParameterMap(m_finalParameters, m_linkLaws->GetMasterValues());
-    MergeParameterMap(m_finalParameters, m_linkLaws->GetTargetValues());
+    for (unsigned int id : presetChanged) UpdateFinalParameter(id);
+    if (!recompute) return;
+    ParameterList previous = ComputeLinkLawParameters(apply);
+    previous.swap(m_linkLawParameters);
+    m_linkLawsApplied = apply;
+    for (const auto& parameter : previous) UpdateFinalParameter(parameter.first);
+    for (const auto& parameter : m_linkLawParameters) UpdateFinalParameter(parameter.first);
+}
+
+void PresetHandle::UpdateFinalParameter(unsigned int id) {
+    auto source = FindParameter(m_linkLawParameters, id);
+    if (source == m_linkLawParameters.end()) {
+        source = FindParameter(m_presetParameters, id);
+        if (source == m_presetParameters.end()) {
+            if (EraseParameterFromList(m_finalParameters, id)) RecordChanged(id);
+            return;
+        }
+    }
+    SetParameterInList(m_finalParameters, id, source->second);
+    RecordChanged(id);
+}
+
+void PresetHandle::RecordChanged(unsigned int id) {
+    if (m_allParametersChanged) return;
+    // Nobody took the changes for long: from here on everything counts as changed.
+    if (m_changedParameters.size() > m_finalParameters.size() + 64) {
+        m_allParametersChanged = true;
+        m_changedParameters.clear();
+        return;
+    }
+    m_changedParameters.push_back(id);
+}
+
+const ParameterList* PresetHandle::GetFinalParameterList() {
+    TESSEL_LOG(1, TESSEL_LOG_FXModule, "%s om %u sm %u subTypeMask 0x%x", "GetAllParameters", m_om,
+               m_sm, m_subTypeMask);
+    RefreshIfChanged();
+    return &m_finalParameters;
+}
+
+bool PresetHandle::TakeParameterChanges(std::vector<unsigned int>& ids) {
+    RefreshIfChanged();
+    ids.clear();
+    const bool tracked = !m_allParametersChanged;
+    if (tracked) ids.swap(m_changedParameters);
+    m_allParametersChanged = false;
+    m_changedParameters.clear();
+    return tracked;
 }
 
 bool PresetHandle::GetParameter(unsigned int id, double& value) {
     RefreshIfChanged();
-    const auto found = m_finalParameters.find(id);
+    const auto found = FindParameter(m_finalParameters, id);
     if (found == m_finalParameters.end()) return false;
     value = found->second;
     return true;
@@ -156,20 +292,17 @@ bool PresetHandle::GetParameterArray(const std::vector<unsigned int>& ids,
 }
 
 bool PresetHandle::GetAllParameters(std::vector<unsigned int>& ids, std::vector<double>& values) {
-    SplitParameterMap(GetAllParameters(), ids, values);
+    SplitParameterMap(*GetFinalParameterList(), ids, values);
     return true;
 }
 
 std::map<unsigned int, double> PresetHandle::GetAllParameters() {
-    TESSEL_LOG(1, TESSEL_LOG_FXModule, "%s om %u sm %u subTypeMask 0x%x", "GetAllParameters", m_om,
-               m_sm, m_subTypeMask);
-    RefreshIfChanged();
-    return m_finalParameters;
+    return ToParameterMap(*GetFinalParameterList());
 }
 
 std::map<unsigned int, double> PresetHandle::GetPresetParameters() {
     if (m_presetsChanged) Refresh();
-    return m_presetParameters;
+    return ToParameterMap(m_presetParameters);
 }
 
 uint32_t PresetHandle::GetParameterCount() {
@@ -179,7 +312,7 @@ uint32_t PresetHandle::GetParameterCount() {
 
 bool PresetHandle::HasParameter(unsigned int id) {
     RefreshIfChanged();
-    return m_finalParameters.count(id) != 0;
+    return FindParameter(m_finalParameters, id) != m_finalParameters.end();
 }
 
 bool PresetHandle::SetSubtypeMasks(SubtypeMasks masks) { return SetSubtypeMasksEx(~0u, masks); }
@@ -286,6 +419,7 @@ void PresetHandle::SetSuperPreset(const std::shared_ptr<SuperPreset>& superPrese
     m_superPreset->AddListener(m_superPresetListener);
     if (!m_superPreset->IsEmpty()) {
         m_superPresetChanged = true;
+        m_superLinkLawsChanged = true;
         NotifyListenerChanged();
     }
 }

@@ -12,11 +12,14 @@
 
 namespace TesselFX {
 
-/// The merged view of one mode pair. The final map is computed on the first read after a
-/// change, in three stages: the presets (system, then user twin, for the base and each
-/// enabled subtype in preset order), the super preset over them, the link laws over all.
-/// No locks; notifications to the listener run inside the changing call. A base or enabled
-/// subtype without a preset (a malformed file) is left out of the merge with an error line.
+/// The merged view of one mode pair. The final parameters are computed on the first read
+/// after a change, in three stages: the presets (system, then user twin, for the base and
+/// each enabled subtype in preset order), the super preset over them, the link laws over all.
+/// A change of the presets or the subtypes merges everything anew; a change of the super
+/// preset's parameters or of a link-law source updates only the parameters it touches, and
+/// those are recorded for TakeParameterChanges. No locks; notifications to the listener run
+/// inside the changing call. A base or enabled subtype without a preset (a malformed file) is
+/// left out of the merge with an error line.
 class PresetHandle : public IPresetHandle {
   public:
     PresetHandle(uint32_t om, uint32_t sm, SubtypeMasks supportedSubtypeMasks,
@@ -52,31 +55,46 @@ class PresetHandle : public IPresetHandle {
     bool IsLinkLawSimulation() override;
     std::vector<LinkLawEntry> GetLinkLawEntries() override;
     void SetSuperPreset(const std::shared_ptr<SuperPreset>& superPreset) override;
+    const ParameterList* GetFinalParameterList() override;
+    bool TakeParameterChanges(std::vector<unsigned int>& ids) override;
 
   private:
-    /// Marks the super preset stage stale and tells the handle's listener.
+    /// Marks the super preset stage stale and tells the handle's listener. Any change but one
+    /// of the parameters alone also merges the super preset's link laws anew.
     class SuperPresetChangeListener : public IPresetChangeListener {
       public:
         explicit SuperPresetChangeListener(PresetHandle* handle) : m_handle(handle) {}
-        void OnAllChanged() override { Changed(); }
-        void OnParametersChanged() override { Changed(); }
-        void OnIdentityChanged() override { Changed(); }
-        void OnChunksChanged() override { Changed(); }
-        void OnLinkLawsChanged() override { Changed(); }
+        void OnAllChanged() override { Changed(true); }
+        void OnParametersChanged() override { Changed(false); }
+        void OnIdentityChanged() override { Changed(true); }
+        void OnChunksChanged() override { Changed(true); }
+        void OnLinkLawsChanged() override { Changed(true); }
 
       private:
-        void Changed();
+        void Changed(bool linkLaws);
         PresetHandle* m_handle;
     };
 
     void RefreshIfChanged();
     void Refresh();
     void MergePresets();
-    void MergeSuperPreset();
-    void ApplyLinkLaws();
+    /// Lays the super preset over the presets: all of it after a merge (full), else only the
+    /// parameters that differ from the last merged ones, recorded in changed. True when the
+    /// link-law entries were merged anew.
+    bool MergeSuperPreset(bool full, std::vector<unsigned int>& changed);
+    /// Lays the link-law results over the preset parameters into the final ones: all of them
+    /// after a merge (full), else the parameters in presetChanged and those the results touch.
+    void ApplyLinkLaws(bool full, bool entriesMerged,
+                       const std::vector<unsigned int>& presetChanged);
+    /// The masters and targets that the link laws lay over the parameters, or nothing when
+    /// they are inactive or in simulation.
+    ParameterList ComputeLinkLawParameters(bool apply);
+    /// The final value of one parameter from the preset stage and the link-law results.
+    void UpdateFinalParameter(unsigned int id);
+    void RecordChanged(unsigned int id);
     void NotifyListenerChanged();
-    bool IsLinkLawsActive(const std::map<unsigned int, double>& parameters) const;
-    bool IsSimulation(const std::map<unsigned int, double>& parameters) const;
+    bool IsLinkLawsActive(const ParameterList& parameters) const;
+    bool IsSimulation(const ParameterList& parameters) const;
 
     const uint32_t m_om;
     const uint32_t m_sm;
@@ -90,13 +108,26 @@ class PresetHandle : public IPresetHandle {
     bool m_presetsChanged = true;
     bool m_superPresetChanged = false;
     bool m_linkLawsChanged = false;
-    std::map<unsigned int, double> m_mergedParameters;
+    ParameterList m_mergedParameters;
     std::vector<LinkLawEntry> m_mergedLinkLawEntries;
-    std::map<unsigned int, double> m_presetParameters;
+    ParameterList m_presetParameters;
     std::vector<LinkLawEntry> m_presetLinkLawEntries;
-    std::map<unsigned int, double> m_finalParameters;
+    ParameterList m_finalParameters;
     std::shared_ptr<SuperPreset> m_superPreset;
     std::shared_ptr<SuperPresetChangeListener> m_superPresetListener;
+    /// The super preset's parameters as last laid over the presets.
+    ParameterList m_superParameters;
+    /// The super preset's link laws changed since the last merge of the entries.
+    bool m_superLinkLawsChanged = false;
+    /// What the link laws laid over the preset parameters at the last refresh.
+    ParameterList m_linkLawParameters;
+    bool m_linkLawsApplied = false;
+    /// Evaluating the entries logs (an unknown method or a source without a value), so they
+    /// are evaluated on every refresh, as a full recomputation would.
+    bool m_linkLawEvaluationLogs = false;
+    /// Changes of the final parameters since the last TakeParameterChanges.
+    bool m_allParametersChanged = true;
+    std::vector<unsigned int> m_changedParameters;
 };
 
 }  // namespace TesselFX

@@ -208,7 +208,12 @@ std::shared_ptr<IPreset> ZpsBufferReader::ParsePreset(const char*& cursor, const
                "ZpsBufferReader::ParsePreset : size %d outputMode %d soundMode %d subTypeMask %u "
                "parametersCount %d",
                size, outputMode, soundMode, subTypeMask, parametersCount);
-    std::map<unsigned int, double> parameters;
+    // Collected in file order and handed over at once after all chunks; a later equal id
+    // replaces an earlier one.
+    std::vector<unsigned int> ids;
+    std::vector<double> values;
+    ids.reserve(parametersCount);
+    values.reserve(parametersCount);
     for (uint16_t i = 0; i < parametersCount; ++i) {
         uint16_t id = 0;
         uint8_t type = 0;
@@ -219,7 +224,10 @@ std::shared_ptr<IPreset> ZpsBufferReader::ParsePreset(const char*& cursor, const
             // A parameter value is always 8 bytes, whatever the size field says.
             double value = 0.0;
             ok = ReadF64(cursor, end, value);
-            if (ok && m_excludedParameters.count(id) == 0) parameters[id] = value;
+            if (ok && (m_excludedParameters.empty() || m_excludedParameters.count(id) == 0)) {
+                ids.push_back(id);
+                values.push_back(value);
+            }
         } else if (ok && type == kZpsItemChunk) {
             std::vector<char> bytes;
             ok = ReadBytes(cursor, end, valueSize, bytes);
@@ -233,7 +241,7 @@ std::shared_ptr<IPreset> ZpsBufferReader::ParsePreset(const char*& cursor, const
             return nullptr;
         }
     }
-    preset->SetParameterArray(parameters);
+    preset->SetParameterArray(ids, values);
     return preset;
 }
 

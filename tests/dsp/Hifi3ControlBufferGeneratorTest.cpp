@@ -216,5 +216,50 @@ TEST(Hifi3ControlBufferGenerator, NaNIsConvertedEveryTimeAndExactDoublesCount) {
     EXPECT_EQ(converter->calls[2], (Parameters{{2, std::nextafter(0.1, 1.0)}}));
 }
 
+TEST(Hifi3ControlBufferGenerator, AChangeListGivesWhatTheFullSetGives) {
+    // Two generators see the same parameter sets, one whole as a map, the other only the
+    // entries that differ from the set before, and the NaN ones; over large and small sets
+    // (a linear walk and single look-ups) they convert and frame alike.
+    auto wholeConverter = std::make_shared<FakeConverter>();
+    auto listConverter = std::make_shared<FakeConverter>();
+    Hifi3ControlBufferGenerator whole(wholeConverter);
+    Hifi3ControlBufferGenerator list(listConverter);
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    Parameters current;
+    for (unsigned int id = 0; id < 100; ++id) current[id * 3] = id;
+    Parameters previous;
+    uint32_t seed = 7;
+    for (int step = 0; step < 60; ++step) {
+        seed = seed * 1103515245u + 12345u;
+        const unsigned int id = (seed >> 8) % 320;
+        const double value = (seed >> 20) % 5 == 0 ? nan : static_cast<double>((seed >> 16) % 4);
+        if ((seed >> 24) % 6 == 0) {
+            current.erase(id);
+        } else {
+            current[id] = value;
+        }
+        ParameterList changed;
+        for (const auto& parameter : current) {
+            const auto before = previous.find(parameter.first);
+            if (before == previous.end() || !(before->second == parameter.second)) {
+                changed.push_back(parameter);
+            }
+        }
+        const bool onlyChanged = step % 7 != 0;
+        wholeConverter->fail = listConverter->fail = step % 11 == 5;
+        Frames wholeOut;
+        Frames listOut;
+        const ParameterList all(current.begin(), current.end());
+        const status_t wholeStatus =
+            whole.MakeSetParameterArrayBufferV2(wholeOut, current, onlyChanged);
+        const status_t listStatus =
+            list.MakeSetParameterListBuffer(listOut, step % 13 == 0 ? all : changed, onlyChanged);
+        ASSERT_EQ(listStatus, wholeStatus) << step;
+        ASSERT_EQ(listOut, wholeOut) << step;
+        ASSERT_EQ(listConverter->calls.back().size(), wholeConverter->calls.back().size());
+        if (wholeStatus == 0) previous = current;
+    }
+}
+
 }  // namespace
 }  // namespace TesselFX

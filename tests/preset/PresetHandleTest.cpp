@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
+#include <limits>
+#include <set>
 #include <stdexcept>
 
 #include "LogCapture.h"
@@ -295,6 +298,92 @@ TEST(PresetHandle, PresetsMissingFromTheFileAreLeftOutOfTheMerge) {
     EXPECT_EQ(handle->GetAllParameters(), (std::map<unsigned int, double>{{10, 5}}));
     EXPECT_TRUE(capture.Has(4, "MergePresets om 2 sm 2 subTypeMask 0x0: no preset"));
     EXPECT_FALSE(capture.HasFragment("subTypeMask 0x1: no preset"));
+}
+
+/// Equal keys and equal bits of every value (a NaN equals itself here).
+bool SameParameters(const std::map<unsigned int, double>& a,
+                    const std::map<unsigned int, double>& b) {
+    if (a.size() != b.size()) return false;
+    for (auto x = a.begin(), y = b.begin(); x != a.end(); ++x, ++y) {
+        if (x->first != y->first || std::memcmp(&x->second, &y->second, sizeof(double)) != 0) {
+            return false;
+        }
+    }
+    return true;
+}
+
+TEST(PresetHandle, ChangesOfTheSuperPresetAndSourcesAgreeWithAFullMerge) {
+    // A handle that follows changes one at a time must read as a handle that merges all anew,
+    // and the changes it reports must cover every parameter that moved.
+    LogCapture capture;
+    Fixture f;
+    auto super = std::make_shared<SuperPreset>();
+    auto handle = f.set->RequestPresetHandle(1, 1);
+    handle->SetSuperPreset(super);
+    std::vector<unsigned int> ids;
+    EXPECT_FALSE(handle->TakeParameterChanges(ids));
+    std::map<unsigned int, double> known = handle->GetAllParameters();
+    const unsigned int parameterIds[] = {10, 11, 12, 13, 100, 200, 2800, 2801, 2820, 2821, 50};
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    uint32_t seed = 11;
+    for (int step = 0; step < 400; ++step) {
+        seed = seed * 1103515245u + 12345u;
+        const unsigned int id = parameterIds[(seed >> 8) % 11];
+        const double value = (seed >> 20) % 9 == 0 ? nan : static_cast<double>((seed >> 16) % 3);
+        switch ((seed >> 24) % 10) {
+            case 0:
+            case 1:
+            case 2:
+                super->SetParameter(id, value);
+                break;
+            case 3:
+                super->ClearParameter(id);
+                break;
+            case 4:
+                handle->SetLinkLawValue((seed >> 12) % 2, value);
+                break;
+            case 5:
+                handle->ClearLinkLawSource((seed >> 12) % 2);
+                break;
+            case 6:
+                handle->SetSubtypeMasks((seed >> 12) % 4);
+                break;
+            case 7:
+                f.set->SetParameter(id, value, 1, 1, (seed >> 12) % 3, false);
+                break;
+            case 8:
+                super->SetChunk(1,
+                                (seed >> 12) % 2 ? test::LawOnTarget200() : test::LawOnTarget100());
+                break;
+            default:
+                super->SetParameterArray({{id, value}, {12, 1.0}});
+                break;
+        }
+        auto fresh = f.set->RequestPresetHandle(1, 1);
+        fresh->SetSuperPreset(super);
+        fresh->SetSubtypeMasks(handle->GetSubtypeMasks());
+        for (const auto& source : handle->GetLinkLawSources()) {
+            fresh->SetLinkLawValue(source.first, source.second);
+        }
+        const std::map<unsigned int, double> now = handle->GetAllParameters();
+        ASSERT_TRUE(SameParameters(now, fresh->GetAllParameters())) << "step " << step;
+        const ParameterList* list = handle->GetFinalParameterList();
+        ASSERT_TRUE(SameParameters(now, ToParameterMap(*list))) << "step " << step;
+        if (handle->TakeParameterChanges(ids)) {
+            std::set<unsigned int> moved;
+            for (const auto& parameter : known) moved.insert(parameter.first);
+            for (const auto& parameter : now) moved.insert(parameter.first);
+            for (unsigned int changed : ids) moved.erase(changed);
+            for (unsigned int unchanged : moved) {
+                const auto before = known.find(unchanged);
+                const auto after = now.find(unchanged);
+                ASSERT_TRUE(before != known.end() && after != now.end() &&
+                            std::memcmp(&before->second, &after->second, sizeof(double)) == 0)
+                    << "step " << step << " parameter " << unchanged;
+            }
+        }
+        known = now;
+    }
 }
 
 }  // namespace

@@ -21,7 +21,7 @@ constexpr int kCoefEqBase = 1;          // band b: 1 + b, five floats b0 b1 b2 a
 constexpr int kCoefOutputGain = 10;     // one float, linear gain
 constexpr int kCoefGenericBase = 4096;  // + id / 16, sixteen floats
 
-constexpr unsigned kMaxGenericBlocks = 512;
+constexpr unsigned kMaxGenericBlocks = 4096;  // one per group of 16-bit ids
 constexpr unsigned kMaxCoefIds = kBands + 1 + kMaxGenericBlocks;
 constexpr unsigned kBlockHeaderSize = 8;
 constexpr unsigned kMaxBlockSize = kBlockHeaderSize + 4 * kGenericGroup;

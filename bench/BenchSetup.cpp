@@ -1,0 +1,193 @@
+#include "BenchSetup.h"
+
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <stdexcept>
+
+#include "BringupFiles.h"
+#include "zbhalcontroller/zb_api.h"
+
+namespace zb_bench {
+
+namespace {
+
+constexpr unsigned kFirstGenericParameter = 3000;
+constexpr unsigned kLinkLawSwitch = 2821;
+constexpr unsigned kEnableBypassParameter = 1;
+
+double MusicValue(unsigned id) { return (id % 97) * 0.25; }
+
+/// The generic parameter ids of a preset with parameterCount parameters in all: the switches
+/// take two places.
+std::vector<unsigned> GenericIds(unsigned parameterCount) {
+    std::vector<unsigned> ids;
+    for (unsigned i = 0; i + 2 < parameterCount; ++i) ids.push_back(kFirstGenericParameter + i);
+    return ids;
+}
+
+bringup_test::PresetRecord Record(uint32_t om, uint32_t sm, uint32_t mask, uint32_t priority,
+                                  const std::string& name) {
+    bringup_test::PresetRecord record;
+    record.outputMode = om;
+    record.soundMode = sm;
+    record.subtypeMask = mask;
+    record.priority = priority;
+    record.name = name;
+    return record;
+}
+
+std::vector<bringup_test::PresetRecord> ControlPresets(unsigned parameterCount) {
+    const std::vector<unsigned> ids = GenericIds(parameterCount);
+    bringup_test::PresetRecord music = Record(1, 1, 0, 0, "Music");
+    bringup_test::PresetRecord quiet = Record(1, 1, 2, 1, "MusicQuiet");
+    bringup_test::PresetRecord movie = Record(1, 2, 0, 0, "Movie");
+    music.parameters[kEnableBypassParameter] = 0.0;
+    music.parameters[kLinkLawSwitch] = 1.0;
+    movie.parameters[kEnableBypassParameter] = 0.0;
+    for (size_t i = 0; i < ids.size(); ++i) {
+        music.parameters[ids[i]] = MusicValue(ids[i]);
+        movie.parameters[ids[i]] = MusicValue(ids[i]) + 0.5;
+        if (i % 10 == 5) quiet.parameters[ids[i]] = MusicValue(ids[i]) + 100.0;
+    }
+    std::string laws;
+    for (unsigned j = 0; j < kLinkLawTargets; ++j) {
+        const unsigned target = ids[j * ids.size() / kLinkLawTargets];
+        laws += bringup_test::LinkLaw(0, target, {{0.0f, 0.0f}, {1000.0f, 1000.0f}});
+    }
+    music.chunks[1] = laws;
+    return {music, quiet, movie};
+}
+
+}  // namespace
+
+int BenchSender(void*, uint32_t, const void*, uint32_t size, void*, uint32_t*, void* context) {
+    SendCounts* counts = static_cast<SendCounts*>(context);
+    ++counts->frames;
+    counts->bytes += size;
+    return 0;
+}
+
+BenchDir::BenchDir() {
+    char pattern[] = "/tmp/zb_bench_XXXXXX";
+    const char* made = mkdtemp(pattern);
+    if (made == nullptr) throw std::runtime_error("mkdtemp failed");
+    m_path = made;
+}
+
+BenchDir::~BenchDir() {
+    for (const std::string& file : m_files) unlink(file.c_str());
+    rmdir(m_path.c_str());
+}
+
+std::string BenchDir::Write(const std::string& name, const std::string& bytes) {
+    const std::string path = m_path + "/" + name;
+    FILE* file = fopen(path.c_str(), "wb");
+    if (file == nullptr) throw std::runtime_error("cannot write " + path);
+    fwrite(bytes.data(), 1, bytes.size(), file);
+    fclose(file);
+    m_files.push_back(path);
+    return path;
+}
+
+std::string BenchPresetFile(unsigned parameterCount, size_t fillerBytes, uint64_t* itemCount) {
+    std::vector<bringup_test::PresetRecord> presets = ControlPresets(parameterCount);
+    // A parameter item is 13 bytes; a preset holds at most 65,535 items.
+    constexpr unsigned kFillerItems = 60000;
+    size_t size = 0;
+    for (uint32_t om = 10; size < fillerBytes; ++om) {
+        bringup_test::PresetRecord filler = Record(om, 1, 0, 0, "Filler");
+        for (unsigned id = 0; id < kFillerItems; ++id) filler.parameters[id] = id * 0.5;
+        presets.push_back(filler);
+        size += 13u * kFillerItems;
+    }
+    if (itemCount != nullptr) {
+        *itemCount = 0;
+        for (const auto& preset : presets)
+            *itemCount += preset.parameters.size() + preset.chunks.size();
+    }
+    return bringup_test::PresetFile(presets);
+}
+
+std::string BenchConfig() {
+    return "[HAL_SUPPORTED_SAMPLE_RATES]\nrates=48000\n"
+           "[HAL_VOLUME_SUBTYPES]\nbenchVol=-20:1,0:NULL\n"
+           "[HAL_VOLUME_PRIORITY]\nAUDIO_STREAM_MUSIC=VOLUME_PRIORITY_HIGH\n"
+           "[HAL_SUPPORTED_PRESETS]\nMusic=OM:1,SM:1,VST:benchVol\nMovie=OM:1,SM:2\n"
+           "[HAL_SUPPORTED_CONTROLS]\nSpeaker=DEV:2,SR:rates,PRESET:Music|Movie,INSTANCE:1\n"
+           "[COEFS_CONVERTER_SETTING]\nDspKitPath64=" DSPKIT_SIM_PATH "\n";
+}
+
+BenchController::BenchController(unsigned parameterCount) {
+    const std::string presets = m_dir.Write("system.zps", BenchPresetFile(parameterCount));
+    const std::string config = m_dir.Write("hal.ini", BenchConfig());
+    if (zb_create(&m_handle, &m_counts) != 1 ||
+        zb_initialize(m_handle, presets.c_str(), "", config.c_str(), BenchSender) != 1) {
+        throw std::runtime_error("zb_initialize failed");
+    }
+    // The first full send, so that every measured send is a differential one.
+    zb_set_active(m_handle, kInstance, 1, 2);
+    zb_set_active(m_handle, kInstance, 1, 1);
+}
+
+BenchController::~BenchController() { zb_destroy(&m_handle); }
+
+const std::vector<BenchOperation>& BenchOperations() {
+    static const std::vector<BenchOperation> operations = {
+        {"set_parameter_change", [](BenchController&) {},
+         [](BenchController& c, uint64_t i) {
+             zb_set_parameter(c.Handle(), kInstance, kChangedParameter, (i & 1) ? 1.5 : 2.5);
+         }},
+        {"set_parameter_unchanged",
+         [](BenchController& c) {
+             zb_set_parameter(c.Handle(), kInstance, kChangedParameter, 7.0);
+         },
+         [](BenchController& c, uint64_t) {
+             zb_set_parameter(c.Handle(), kInstance, kChangedParameter, 7.0);
+         }},
+        {"volume_linklaw_step", [](BenchController&) {},
+         [](BenchController& c, uint64_t i) {
+             zb_set_volume(c.Handle(), kInstance, (i & 1) ? 0.5 : 0.6);
+         }},
+        {"volume_subtype_switch", [](BenchController&) {},
+         [](BenchController& c, uint64_t i) {
+             zb_set_volume(c.Handle(), kInstance, (i & 1) ? 0.05 : 0.5);
+         }},
+        {"mode_change", [](BenchController&) {},
+         [](BenchController& c, uint64_t i) {
+             zb_set_active(c.Handle(), kInstance, 1, (i & 1) ? 2 : 1);
+         }},
+        {"dsp_wakeup", [](BenchController&) {},
+         [](BenchController& c, uint64_t) { zb_on_dsp_wakeup(c.Handle(), kInstance); }},
+    };
+    return operations;
+}
+
+const BenchOperation* FindBenchOperation(const std::string& name) {
+    for (const BenchOperation& operation : BenchOperations()) {
+        if (name == operation.name) return &operation;
+    }
+    return nullptr;
+}
+
+std::string InitPresetFile(uint64_t& itemCount) {
+    constexpr size_t kTenMegabytes = 10u * 1024u * 1024u;
+    return BenchPresetFile(2000, kTenMegabytes, &itemCount);
+}
+
+std::vector<char> ReadWholeFile(const std::string& path) {
+    std::vector<char> bytes;
+    FILE* file = fopen(path.c_str(), "rb");
+    if (file == nullptr) return bytes;
+    fseek(file, 0, SEEK_END);
+    bytes.resize(static_cast<size_t>(ftell(file)));
+    fseek(file, 0, SEEK_SET);
+    const size_t read = fread(bytes.data(), 1, bytes.size(), file);
+    bytes.resize(read);
+    fclose(file);
+    return bytes;
+}
+
+}  // namespace zb_bench

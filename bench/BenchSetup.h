@@ -1,0 +1,95 @@
+#pragma once
+
+// The set-up shared by the Google Benchmark cases and the callgrind driver: generated preset
+// files and configuration in a private temporary directory, a control object initialised
+// through the exported functions with the stand-in DSP library, a buffer_sender that counts,
+// and the operations that both measure.
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace zb_bench {
+
+/// What buffer_sender saw.
+struct SendCounts {
+    uint64_t frames = 0;
+    uint64_t bytes = 0;
+};
+
+/// The counting buffer_sender; context is a SendCounts.
+int BenchSender(void* handle, uint32_t instance, const void* data, uint32_t size, void* reply,
+                uint32_t* replySize, void* context);
+
+/// A directory under /tmp that is removed with the files written through it.
+class BenchDir {
+  public:
+    BenchDir();
+    ~BenchDir();
+    BenchDir(const BenchDir&) = delete;
+    BenchDir& operator=(const BenchDir&) = delete;
+
+    /// Writes bytes to name inside the directory and returns the full path.
+    std::string Write(const std::string& name, const std::string& bytes);
+
+  private:
+    std::string m_path;
+    std::vector<std::string> m_files;
+};
+
+/// Preset file of the benchmarks, for parameterCount parameters per base preset:
+/// Music (1,1) with parameter 1, the link-law switch 2821 and a link-law chunk in which source
+/// 0 drives kLinkLawTargets of its parameters; its sub preset of subtype 1 (mask 2) that
+/// overrides a tenth of them; Movie (1,2) with the same ids at other values. fillerBytes adds
+/// presets of other modes, which no control uses, until the file has at least that size. itemCount,
+/// when given, gets the number of items (parameters and chunks) in the file.
+std::string BenchPresetFile(unsigned parameterCount, size_t fillerBytes = 0,
+                            uint64_t* itemCount = nullptr);
+/// Configuration: one control of instance kInstance with Music and Movie; a volume of -20 dB
+/// or less selects subtype 1 of Music.
+std::string BenchConfig();
+
+constexpr uint32_t kInstance = 1;
+constexpr unsigned kLinkLawTargets = 16;
+/// The parameter that the one-parameter cases change; in every generated preset.
+constexpr uint32_t kChangedParameter = 3001;
+
+/// One control object, initialised on the generated files.
+class BenchController {
+  public:
+    explicit BenchController(unsigned parameterCount);
+    ~BenchController();
+    BenchController(const BenchController&) = delete;
+    BenchController& operator=(const BenchController&) = delete;
+
+    void* Handle() const { return m_handle; }
+    SendCounts& Counts() { return m_counts; }
+
+  private:
+    BenchDir m_dir;
+    SendCounts m_counts;
+    void* m_handle = nullptr;
+};
+
+/// An operation measured per call; iteration alternates the direction of a change.
+struct BenchOperation {
+    const char* name;
+    /// Runs once before measuring, so that the first measured call is a steady one.
+    void (*prepare)(BenchController&);
+    void (*run)(BenchController&, uint64_t iteration);
+};
+
+/// The per-call operations: set_parameter_change, set_parameter_unchanged,
+/// volume_linklaw_step, volume_subtype_switch, mode_change, dsp_wakeup.
+const std::vector<BenchOperation>& BenchOperations();
+/// The operation of that name, or null.
+const BenchOperation* FindBenchOperation(const std::string& name);
+
+/// The preset file of the initialisation cases: 2,000 parameters for the control, filled up
+/// to 10 MB; itemCount gets the number of parameter items in it.
+std::string InitPresetFile(uint64_t& itemCount);
+/// Reads a whole file into a vector; the plain read that initialisation is compared with.
+std::vector<char> ReadWholeFile(const std::string& path);
+
+}  // namespace zb_bench

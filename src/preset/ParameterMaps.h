@@ -76,6 +76,15 @@ void OverlayParameterList(ParameterList& target, const Sorted& source) {
         target.insert(target.end(), source.begin(), source.end());
         return;
     }
+    // Where every id of source is known already, the values change in place.
+    auto known = target.begin();
+    auto given = source.begin();
+    for (; given != source.end(); ++given, ++known) {
+        while (known != target.end() && known->first < given->first) ++known;
+        if (known == target.end() || known->first != given->first) break;
+        known->second = given->second;
+    }
+    if (given == source.end()) return;
     ParameterList merged;
     merged.reserve(target.size() +
                    static_cast<size_t>(std::distance(source.begin(), source.end())));
@@ -105,8 +114,9 @@ inline void OverlayParameterPairs(ParameterList& target, const std::vector<unsig
     bool ascending = true;
     for (size_t i = 1; ascending && i < count; ++i) ascending = ids[i - 1] < ids[i];
     if (ascending && (target.empty() || target.back().first < ids[0])) {
-        target.reserve(target.size() + count);
-        for (size_t i = 0; i < count; ++i) target.emplace_back(ids[i], values[i]);
+        const size_t first = target.size();
+        target.resize(first + count);
+        for (size_t i = 0; i < count; ++i) target[first + i] = {ids[i], values[i]};
         return;
     }
     ParameterList pairs;

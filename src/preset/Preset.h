@@ -59,6 +59,8 @@ class Preset : public IPreset {
     std::shared_ptr<IPreset> Clone() const override;
     std::vector<LinkLawEntry> GetLinkLawEntries() const override;
     void DumpLinkLaws() const override;
+    /// The parameters in flat storage, without a copy.
+    const ParameterList& GetParameterList() const { return m_parameters; }
 
   protected:
     /// Copies parameters and, through the virtual SetChunk, the chunks into a new preset.

@@ -5,6 +5,7 @@
 #include "log/TesselLog.h"
 #include "preset/IPresetHandleListener.h"
 #include "preset/ParameterMaps.h"
+#include "preset/Preset.h"
 #include "preset/PresetOrder.h"
 #include "preset/PresetSet.h"
 #include "preset/SuperPreset.h"
@@ -12,6 +13,18 @@
 namespace TesselFX {
 
 namespace {
+
+/// Overlays the parameters of a preset on target; those of a Preset without a copy.
+void OverlayPresetParameters(ParameterList& target, const IPreset& preset) {
+    if (const auto* flat = dynamic_cast<const Preset*>(&preset)) {
+        OverlayParameterList(target, flat->GetParameterList());
+        return;
+    }
+    std::vector<unsigned int> ids;
+    std::vector<double> values;
+    preset.GetAllParameters(ids, values);
+    OverlayParameterPairs(target, ids, values);
+}
 
 /// Equal bits: a NaN equals itself here, unlike in a comparison of doubles.
 bool SameValue(double a, double b) { return std::memcmp(&a, &b, sizeof(a)) == 0; }
@@ -103,13 +116,9 @@ void PresetHandle::MergePresets() {
     SortByPresetOrder(userList);
 
     m_mergedParameters.clear();
-    std::vector<unsigned int> ids;
-    std::vector<double> values;
     for (size_t i = 0; i < systemList.size(); ++i) {
-        systemList[i]->GetAllParameters(ids, values);
-        OverlayParameterPairs(m_mergedParameters, ids, values);
-        userList[i]->GetAllParameters(ids, values);
-        OverlayParameterPairs(m_mergedParameters, ids, values);
+        OverlayPresetParameters(m_mergedParameters, *systemList[i]);
+        OverlayPresetParameters(m_mergedParameters, *userList[i]);
     }
     m_linkLaws->ClearEntries();
     for (size_t i = 0; i < systemList.size(); ++i) {
@@ -121,12 +130,8 @@ void PresetHandle::MergePresets() {
 
 bool PresetHandle::MergeSuperPreset(bool full, std::vector<unsigned int>& changed) {
     TESSEL_LOG_ENTERING(TESSEL_LOG_FXModule);
-    std::vector<unsigned int> ids;
-    std::vector<double> values;
-    m_superPreset->GetAllParameters(ids, values);
     ParameterList super;
-    super.reserve(ids.size());
-    for (size_t i = 0; i < ids.size(); ++i) super.emplace_back(ids[i], values[i]);
+    OverlayPresetParameters(super, *m_superPreset->AsConst());
     if (full) {
         OverlayParameterList(m_presetParameters, super);
     } else {

@@ -127,7 +127,9 @@ BenchController::BenchController(unsigned parameterCount) {
         zb_initialize(m_handle, presets.c_str(), "", config.c_str(), BenchSender) != 1) {
         throw std::runtime_error("zb_initialize failed");
     }
-    // The first full send, so that every measured send is a differential one.
+    // A volume, as a host sets one first, and the first full send, so that every measured
+    // send is a differential one.
+    zb_set_volume(m_handle, kInstance, 0.5);
     zb_set_active(m_handle, kInstance, 1, 2);
     zb_set_active(m_handle, kInstance, 1, 1);
 }

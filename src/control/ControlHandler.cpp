@@ -22,6 +22,16 @@ constexpr unsigned int kControlSystemVolume = 3;
 constexpr unsigned int kControlBypass = 4;
 constexpr unsigned int kControlParametersFirst = 5;
 
+/// Whether the map and the list hold the same ids with values that compare equal as doubles.
+bool SameParameters(const std::map<unsigned int, double>& parameters, const ParameterList& list) {
+    return parameters.size() == list.size() &&
+           std::equal(parameters.begin(), parameters.end(), list.begin(),
+                      [](const std::pair<const unsigned int, double>& a,
+                         const std::pair<unsigned int, double>& b) {
+                          return a.first == b.first && a.second == b.second;
+                      });
+}
+
 /// A FromTuning call on a handler that has no tuning preset.
 bool TuningNotActive() {
     TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "tuning is not active yet");
@@ -379,20 +389,17 @@ bool ControlHandler::UpdateNotificationBaseline(
     const bool incremental = m_lastParametersTracked && !changes.all;
     // As maps compare: another count, another key or a value that compares unequal, which a
     // NaN always does.
-    bool parametersChanged =
-        all.size() != m_lastParameters.size() || (incremental && m_lastParametersNaN != 0);
+    bool parametersChanged;
     if (incremental) {
+        parametersChanged = all.size() != m_lastParameters.size() || m_lastParametersNaN != 0;
         for (auto id = changes.ids.begin(); !parametersChanged && id != changes.ids.end(); ++id) {
             const auto now = FindParameter(all, *id);
-            const auto last = m_lastParameters.find(*id);
+            const auto last = FindParameter(m_lastParameters, *id);
             parametersChanged = (now == all.end()) != (last == m_lastParameters.end()) ||
                                 (now != all.end() && !(now->second == last->second));
         }
-    } else if (!parametersChanged) {
-        auto last = m_lastParameters.begin();
-        for (auto now = all.begin(); !parametersChanged && now != all.end(); ++now, ++last) {
-            parametersChanged = now->first != last->first || !(now->second == last->second);
-        }
+    } else {
+        parametersChanged = all != m_lastParameters;
     }
     // Two empty chunk maps count as different.
     const bool chunksChanged = (chunks.empty() && m_lastChunks.empty()) || chunks != m_lastChunks;
@@ -402,26 +409,22 @@ bool ControlHandler::UpdateNotificationBaseline(
     }
     if (incremental) {
         for (unsigned int id : changes.ids) {
+            const auto last = FindParameter(m_lastParameters, id);
+            if (last != m_lastParameters.end() && std::isnan(last->second)) --m_lastParametersNaN;
             const auto now = FindParameter(all, id);
-            const auto last = m_lastParameters.find(id);
-            if (last != m_lastParameters.end()) {
-                if (std::isnan(last->second)) --m_lastParametersNaN;
-                if (now == all.end()) {
-                    m_lastParameters.erase(last);
-                    continue;
-                }
-                last->second = now->second;
-            } else if (now != all.end()) {
-                m_lastParameters.emplace(id, now->second);
+            if (now == all.end()) {
+                EraseParameterFromList(m_lastParameters, id);
+                continue;
             }
-            if (now != all.end() && std::isnan(now->second)) ++m_lastParametersNaN;
+            SetParameterInList(m_lastParameters, id, now->second);
+            if (std::isnan(now->second)) ++m_lastParametersNaN;
         }
     } else {
-        m_lastParameters = ToParameterMap(all);
-        m_lastParametersNaN = 0;
-        for (const auto& parameter : all) {
-            if (std::isnan(parameter.second)) ++m_lastParametersNaN;
-        }
+        m_lastParameters = all;
+        m_lastParametersNaN = static_cast<size_t>(std::count_if(
+            all.begin(), all.end(), [](const std::pair<unsigned int, double>& parameter) {
+                return std::isnan(parameter.second);
+            }));
     }
     if (chunksChanged) {
         m_lastChunks = chunks;
@@ -715,7 +718,8 @@ void ControlHandler::NotifyParametersAndChunksChanged(
     const std::shared_ptr<IParametersAndChunksChangedListener> listener =
         m_parametersAndChunksChangedListener;
     // Values compare as doubles: a NaN always counts as a change.
-    const bool tellParameters = listener && m_notifyParameters && parameters != m_lastParameters;
+    const bool tellParameters =
+        listener && m_notifyParameters && !SameParameters(parameters, m_lastParameters);
     // Two empty chunk maps count as different.
     const bool tellChunks = listener && m_notifyChunks &&
                             ((chunks.empty() && m_lastChunks.empty()) || chunks != m_lastChunks);
@@ -723,7 +727,7 @@ void ControlHandler::NotifyParametersAndChunksChanged(
     // inside its call is then compared with what it was just told, and a repeated change ends.
     m_notifyParameters = false;
     m_notifyChunks = false;
-    m_lastParameters = parameters;
+    m_lastParameters.assign(parameters.begin(), parameters.end());
     m_lastChunks = chunks;
     m_lastParametersTracked = false;
     if (tellParameters) {

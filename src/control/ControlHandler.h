@@ -205,7 +205,8 @@ class ControlHandler : public IControlHandler, public IVolumeTableHelper::Volume
     std::shared_ptr<IParametersAndChunksChangedListener> m_parametersAndChunksChangedListener;
     bool m_notifyParameters = false;
     bool m_notifyChunks = false;
-    std::map<unsigned int, double> m_lastParameters;
+    /// The parameters of the last send, the baseline of the change detection.
+    ParameterList m_lastParameters;
     std::map<unsigned int, std::vector<char>> m_lastChunks;
     /// m_lastParameters equals the handle's final parameters as of its last taken changes.
     bool m_lastParametersTracked = false;

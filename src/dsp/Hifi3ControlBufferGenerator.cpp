@@ -23,6 +23,7 @@ ParameterList GetChangedParameters(const Sorted& parameters, size_t count,
         }
         return changed;
     }
+    changed.reserve(count);
     auto cached = cache.begin();
     for (const auto& parameter : parameters) {
         while (cached != cache.end() && cached->first < parameter.first) ++cached;
@@ -81,7 +82,7 @@ status_t Hifi3ControlBufferGenerator::MakeBuffers(std::vector<std::vector<char>>
         return kStatusOk;
     }
     std::map<uint32_t, std::vector<char>> coefs;
-    if (!m_converter || !m_converter->Convert(ToParameterMap(diff), coefs)) return kStatusBadValue;
+    if (!m_converter || !m_converter->ConvertList(diff, coefs)) return kStatusBadValue;
     MergeParameters(m_lastParameters, diff);
     MergeCoefficients(m_coefficients, coefs);
     PackCoefficientBuffers(out, onlyChanged ? coefs : m_coefficients);

@@ -49,6 +49,17 @@ bool ZorbEffectCoefsConverter::InitCheck() {
 
 bool ZorbEffectCoefsConverter::Convert(const std::map<unsigned int, double>& parameters,
                                        std::map<uint32_t, std::vector<char>>& coefficients) {
+    return ConvertSorted(parameters, coefficients);
+}
+
+bool ZorbEffectCoefsConverter::ConvertList(const ParameterList& parameters,
+                                           std::map<uint32_t, std::vector<char>>& coefficients) {
+    return ConvertSorted(parameters, coefficients);
+}
+
+template <typename Sorted>
+bool ZorbEffectCoefsConverter::ConvertSorted(const Sorted& parameters,
+                                             std::map<uint32_t, std::vector<char>>& coefficients) {
     if (!m_pZorbEffect) {
         ZorbEffectLogError("NULL == m_pZorbEffect");
         return false;

@@ -22,10 +22,16 @@ class ZorbEffectCoefsConverter : public ICoefsConverter {
     bool InitCheck() override;
     bool Convert(const std::map<unsigned int, double>& parameters,
                  std::map<uint32_t, std::vector<char>>& coefficients) override;
+    bool ConvertList(const ParameterList& parameters,
+                     std::map<uint32_t, std::vector<char>>& coefficients) override;
     bool ConvertToBuffer(const std::map<unsigned int, double>& parameters,
                          std::vector<char>& buffer) override;
 
   private:
+    /// Convert over a sequence of (id, value) in ascending id.
+    template <typename Sorted>
+    bool ConvertSorted(const Sorted& parameters,
+                       std::map<uint32_t, std::vector<char>>& coefficients);
     std::vector<int32_t> m_ids;
     int32_t* m_pIds = nullptr;
     std::vector<char> m_coefficientBuffer;

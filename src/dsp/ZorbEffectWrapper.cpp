@@ -1,6 +1,5 @@
 #include "dsp/ZorbEffectWrapper.h"
 
-#include <functional>
 #include <utility>
 
 #include "dsp/ZorbEffectLog.h"
@@ -74,15 +73,23 @@ std::shared_ptr<ZorbEffectWrapper> ZorbEffectWrapper::NewEffect() const {
     return std::shared_ptr<ZorbEffectWrapper>(new ZorbEffectWrapper(m_loader));
 }
 
+void* ZorbEffectWrapper::Address(const char* name) {
+    if (name == m_lastName) return m_lastAddress;
+    auto known = m_addresses.find(name);
+    if (known == m_addresses.end()) known = m_addresses.emplace(name, m_loader->Find(name)).first;
+    m_lastName = name;
+    m_lastAddress = known->second;
+    return m_lastAddress;
+}
+
 template <typename Function, typename... Args>
 bool ZorbEffectWrapper::Call(const char* name, Args... args) {
-    void* address = m_loader->Find(name);
+    void* address = Address(name);
     if (address == nullptr) {
         ZorbEffectLogError("Error: Function %s not found.", name);
         return false;
     }
-    const std::function<Function> function(reinterpret_cast<Function*>(address));
-    const int result = function(args...);
+    const int result = reinterpret_cast<Function*>(address)(args...);
     if (result != 0) {
         ZorbEffectLogError("Error: Function %s failed to execute. Returned value: %d", name,
                            result);

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <unordered_map>
 
 #include "dsp/IZorbEffectWrapper.h"
 #include "dsp/LibraryLoader.h"
@@ -83,6 +84,10 @@ class ZorbEffectWrapper : public IZorbEffectWrapper {
     /// Allocates the effect buffer of the size the library asks for, replacing any earlier
     /// one; on failure the buffer is freed.
     bool PrepareEffectBuffer();
+    /// The address of the entry point name, a literal, or null. Answers are kept by the
+    /// literal's address, so that a call made per parameter does not hash the name.
+    void* Address(const char* name);
+    /// Calls the entry point name, a literal.
     template <typename Function, typename... Args>
     bool Call(const char* name, Args... args);
 
@@ -90,6 +95,9 @@ class ZorbEffectWrapper : public IZorbEffectWrapper {
     std::shared_ptr<const LibraryLoader> m_loader;
     std::unique_ptr<char[]> m_effect;
     bool m_initialized = false;
+    std::unordered_map<const char*, void*> m_addresses;
+    const char* m_lastName = nullptr;
+    void* m_lastAddress = nullptr;
 };
 
 }  // namespace TesselFX

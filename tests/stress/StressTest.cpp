@@ -1,7 +1,8 @@
 // Several host threads call every exported function on two handles at once, while buffer_sender
-// re-enters the library: calls on its own handle and on the other one, and the other handle's
-// re-initialisation, destruction and re-creation. A watchdog aborts the process when the threads
-// have not finished in time, which is how a deadlock shows. Run it under ThreadSanitizer too.
+// and notifier re-enter the library: calls on their own handle and on the other one, the other
+// handle's re-initialisation, destruction and re-creation, and the notifier's own removal. A
+// watchdog aborts the process when the threads have not finished in time, which is how a deadlock
+// shows. Run it under ThreadSanitizer too.
 
 #include <gtest/gtest.h>
 
@@ -43,6 +44,7 @@ struct Host {
     std::atomic<unsigned> sends{0};
     std::atomic<unsigned> reentries{0};
     std::atomic<unsigned> recreations{0};
+    std::atomic<unsigned> notifications{0};
 };
 
 int ReenteringSender(void* handle, uint32_t instance, const void* data, uint32_t size, void* reply,
@@ -118,7 +120,33 @@ int ReenteringSender(void* handle, uint32_t instance, const void* data, uint32_t
     return 0;
 }
 
-int SilentNotifier(void*, const void*, uint32_t, void*) { return 0; }
+/// Re-enters as the sender does: a host change on its own handle (which notifies again), a
+/// command on the other handle, and its own removal from inside its call.
+int ReenteringNotifier(void* handle, const void* data, uint32_t size, void* context) {
+    Host::Slot& slot = *static_cast<Host::Slot*>(context);
+    Host& host = *slot.host;
+    const unsigned notification = host.notifications++;
+    if (data == nullptr || size == 0 || t_callbackDepth > 0) return 0;
+    ++t_callbackDepth;
+    Host::Slot& other = host.slots[1 - slot.index];
+    char reply[256];
+    switch (notification % 4) {
+        case 0:
+            zb_set_parameter(handle, kInstance, 1022, notification % 5);
+            break;
+        case 1:
+            zb_get_command(other.handle.load(), kInstance, "AQAAAAAAAAA=", reply, sizeof(reply));
+            break;
+        case 2:
+            zb_register_notifier(handle, kInstance, nullptr);
+            break;
+        default:
+            zb_set_volume(other.handle.load(), kInstance, (notification % 10) / 10.0);
+            break;
+    }
+    --t_callbackDepth;
+    return notification % 8 == 7 ? -1 : 0;
+}
 
 /// One call of one of the exported functions on handle, chosen by choice.
 void CallOne(Host& host, void* handle, unsigned choice, std::minstd_rand& random) {
@@ -174,7 +202,7 @@ void CallOne(Host& host, void* handle, unsigned choice, std::minstd_rand& random
             zb_flush(handle, kInstance);
             break;
         case 14:
-            zb_register_notifier(handle, kInstance, value == 0 ? SilentNotifier : nullptr);
+            zb_register_notifier(handle, kInstance, value == 3 ? nullptr : ReenteringNotifier);
             break;
         case 15: {
             alignas(double) unsigned char payload[24] = {};
@@ -246,6 +274,7 @@ TEST(StressTest, ThreadsAndReenteringCallbacksOnTwoHandlesNeitherDeadlockNorCorr
     EXPECT_GT(host.sends.load(), 0u);
     EXPECT_GT(host.reentries.load(), 0u);
     EXPECT_GT(host.recreations.load(), 0u);
+    EXPECT_GT(host.notifications.load(), 0u);
     // Both handles still work after all that, and go away cleanly.
     for (Host::Slot& slot : host.slots) {
         void* handle = slot.handle.exchange(nullptr);

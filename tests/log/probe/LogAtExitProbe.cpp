@@ -3,6 +3,7 @@
 // file output writes to PATH. Exits 0 unless it fails to set up, or crashes.
 
 #include <atomic>
+#include <chrono>
 #include <string>
 #include <thread>
 
@@ -29,11 +30,14 @@ int main(int argc, char** argv) {
         !log.SetLogOutput((std::string("FILE_LOG://") + argv[1]).c_str(), true)) {
         return 3;
     }
-    // The thread runs until the process ends; it must be detached to outlive main.
+    // The thread runs until the process ends; it must be detached to outlive main. It logs a
+    // line a millisecond: flat out it would fill the file queue, which then drops lines, the
+    // last line of main among them, on a loaded machine.
     std::thread([] {
         for (;;) {
             TESSEL_LOG(2, TESSEL_LOG_UnitTest, "thread line");
             g_threadLogged = true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
     }).detach();
     while (!g_threadLogged) std::this_thread::yield();

@@ -17,7 +17,6 @@ using ::testing::DoAll;
 using ::testing::InSequence;
 using ::testing::NiceMock;
 using ::testing::Return;
-using ::testing::SaveArg;
 using ::testing::SetArgReferee;
 using Handler = NiceMock<MockControlHandler>;
 
@@ -283,54 +282,6 @@ TEST(HalControlManagerImplTest, GetVersionComparesTheTypeExactly) {
     EXPECT_EQ(version, "DspKit 3.2.1");
 }
 
-TEST(HalControlManagerImplTest, InitializeRegistersVolumeListenersAndKeepsFeatures) {
-    LogCapture capture;
-    auto manager = std::make_unique<HalControlManagerImpl>();
-    Handlers handlers;
-    auto handler = handlers.Add("1");
-    std::shared_ptr<IVolumeTableHelper::VolumeChangedListener> listener;
-    EXPECT_CALL(*handler, RegisterVolumeChangedListener(_)).WillOnce(SaveArg<0>(&listener));
-    EXPECT_TRUE(manager->Initialize(handlers.map, {"Surround", "DumpBufferToDsp"}, {}, {}));
-    ASSERT_TRUE(listener);
-
-    auto texts = capture.Texts(1);
-    EXPECT_EQ(std::vector<std::string>(texts.end() - 3, texts.end()),
-              (std::vector<std::string>{"Initialize: Supported features count = 2",
-                                        "Initialize: DumpBufferToDsp", "Initialize: Surround"}));
-    EXPECT_TRUE(manager->IsFeatureSupported("Surround"));
-    EXPECT_FALSE(manager->IsFeatureSupported("surround"));
-    EXPECT_FALSE(manager->IsFeatureSupported(nullptr));
-    EXPECT_TRUE(capture.Has(1, "IsFeatureSupported: surround"));
-
-    // The listener carries the applied volume in dB as link-law source 0 of its handler.
-    EXPECT_TRUE(listener->OnVolumeChanged(-20.0));
-    std::shared_ptr<IControlHandler> key = handler;
-    EXPECT_EQ(manager->GetLinkLawSourceValues().at(key),
-              (std::map<unsigned int, double>{{0, -20.0}}));
-
-    EXPECT_CALL(*handler, UnregisterVolumeChangedListener()).Times(1);
-    manager.reset();
-}
-
-TEST(HalControlManagerImplTest, EveryOperationStartsWithTheEntryTrace) {
-    Fixture f({"1"});
-    auto settings = Search(1);
-    LogCapture capture;
-    f.manager.SetVolume(settings->GetSettings(), 1.0);
-    std::map<uint32_t, CMeterValue> meters;
-    f.manager.GetMeters(settings->GetSettings(), {}, meters);
-    f.manager.SetMessageBufferSize(100);
-    EXPECT_EQ(capture.Texts(0),
-              (std::vector<std::string>{
-                  "Entering function virtual bool TesselFX::HalControlManagerImpl::SetVolume(const "
-                  "zorbaudio_settings_t *, double)",
-                  "Entering function virtual bool TesselFX::HalControlManagerImpl::GetMeters(const "
-                  "zorbaudio_settings_t *, const std::map<uint32_t, CMeterInfo> &, "
-                  "std::map<uint32_t, CMeterValue> &)",
-                  "Entering function virtual void "
-                  "TesselFX::HalControlManagerImpl::SetMessageBufferSize(unsigned int)"}));
-}
-
 TEST(HalControlManagerImplTest, MessageBufferSizeSetsTheNotificationLimits) {
     HalControlManagerImpl manager;
     manager.SetMessageBufferSize(15963);
@@ -340,24 +291,6 @@ TEST(HalControlManagerImplTest, MessageBufferSizeSetsTheNotificationLimits) {
     bool valid = false;
     EXPECT_TRUE(manager.GetTuningModeValidation(nullptr, valid));
     EXPECT_TRUE(valid);
-}
-
-TEST(HalControlManagerImplTest, TuningRoutesCreateTuningDataBeforeEachCall) {
-    Fixture f({"1", "1"});
-    auto settings = Search(1);
-    const auto& h = f.handlers.ordered;
-    {
-        InSequence order;
-        EXPECT_CALL(*h[0], CreateTuningData()).WillOnce(Return(false));
-        EXPECT_CALL(*h[0], SetParameterFromTuning(9u, 1.5)).WillOnce(Return(true));
-        EXPECT_CALL(*h[1], CreateTuningData()).WillOnce(Return(true));
-        EXPECT_CALL(*h[1], SetParameterFromTuning(9u, 1.5)).WillOnce(Return(true));
-    }
-    EXPECT_TRUE(f.manager.SetParameterFromTuning(settings->GetSettings(), 9, 1.5));
-
-    EXPECT_CALL(*h[0], StartTuningMode(false)).WillOnce(Return(true));
-    EXPECT_CALL(*h[1], StartTuningMode(false)).WillOnce(Return(false));
-    EXPECT_FALSE(f.manager.StartTuningMode(settings->GetSettings(), false));
 }
 
 TEST(HalControlManagerImplTest, LinkLawSourceValuesAreKeptPerHandlerThatTookThem) {
@@ -388,17 +321,6 @@ TEST(HalControlManagerImplTest, LinkLawSourceValuesAreKeptPerHandlerThatTookThem
     EXPECT_TRUE(f.manager.SetLinkLawsValue(settings->GetSettings(), 2, -3.0, 0.5));
     EXPECT_TRUE(f.manager.GetLinkLawsSourceValue(settings->GetSettings(), 2, value));
     EXPECT_EQ(value, -3.0);
-
-    // The full preset of a handler: what it reads, and the sources kept for it.
-    EXPECT_CALL(*h[0], GetParametersArray(::testing::An<std::map<unsigned int, double>&>()))
-        .WillOnce(DoAll(SetArgReferee<0>(std::map<unsigned int, double>{{5, 1.0}}), Return(true)));
-    EXPECT_CALL(*h[0], GetChunk(1u, _)).WillOnce(Return(false));
-    const TesselTuning::FullPreset preset = f.manager.MakeFullPreset(h[0]);
-    EXPECT_TRUE(preset.hasParameters);
-    EXPECT_EQ(preset.parameters, (std::map<unsigned int, double>{{5, 1.0}}));
-    EXPECT_FALSE(preset.hasLlChunk);
-    EXPECT_TRUE(preset.hasLlSources);
-    EXPECT_EQ(preset.llSources, (std::map<unsigned int, double>{{2, -3.0}}));
 }
 
 TEST(HalControlManagerImplTest, LinkLawParametersAndFullPresetsWalkTheHandlers) {
@@ -446,34 +368,6 @@ TEST(HalControlManagerImplTest, LinkLawParametersAndFullPresetsWalkTheHandlers) 
     EXPECT_EQ(ErrorTexts(capture),
               (std::vector<std::string>{"no linklaws is valid", "Failed to set fullPreset",
                                         kNoHandler, kNoHandler}));
-}
-
-TEST(HalControlManagerTest, CommandsGoToTheParserAndTheRestToTheImpl) {
-    auto parser = std::make_shared<NiceMock<MockCommandParser>>();
-    std::shared_ptr<IHalControlManager> registered;
-    EXPECT_CALL(*parser, SetHalControlManager(_)).WillOnce(SaveArg<0>(&registered));
-    HalControlManager manager(parser);
-    ASSERT_TRUE(registered);
-    EXPECT_NE(registered.get(), static_cast<IHalControlManager*>(&manager));
-
-    auto settings = Search(1);
-    const char command[] = "AQAAAA==";
-    EXPECT_CALL(*parser, SetCommand(settings->GetSettings(), command, 9u)).WillOnce(Return(true));
-    EXPECT_TRUE(manager.SetCommand(settings->GetSettings(), command, 9));
-    char reply[16];
-    unsigned int replySize = 16;
-    EXPECT_CALL(*parser, GetCommand(settings->GetSettings(), command, 9u, reply, _))
-        .WillOnce(DoAll(SetArgReferee<4>(3u), Return(true)));
-    EXPECT_TRUE(manager.GetCommand(settings->GetSettings(), command, 9, reply, replySize));
-    EXPECT_EQ(replySize, 3u);
-
-    // The impl behind the parser is the one that the manager's own operations reach.
-    Handlers handlers;
-    auto handler = handlers.Add("1");
-    EXPECT_TRUE(manager.Initialize(handlers.map, {}, {}, {}));
-    EXPECT_CALL(*handler, SetSoundMode(2u)).Times(2).WillRepeatedly(Return(true));
-    EXPECT_TRUE(manager.SetSoundMode(settings->GetSettings(), 2));
-    EXPECT_TRUE(registered->SetSoundMode(settings->GetSettings(), 2));
 }
 
 TEST(HalControlManagerTest, CommandsFailWithoutAParser) {

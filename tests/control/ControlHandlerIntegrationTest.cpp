@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "ControlMocks.h"
-#include "ErrorTexts.h"
 #include "LogCapture.h"
 #include "config/CIniFile.h"
 #include "config/Hifi3zHalControlConfig.h"
@@ -132,7 +131,7 @@ class ControlHandlerIntegrationTest : public ::testing::Test {
         ini->LoadMemory(kConfig);
         Hifi3zHalControlConfig config;
         config.ParseConfig(ini);
-        ASSERT_TRUE(ErrorTexts(capture).empty());
+        ASSERT_TRUE(capture.ErrorTexts().empty());
         ASSERT_EQ(config.GetControls().size(), 1u);
 
         const std::vector<char> system = SystemFile();
@@ -260,7 +259,7 @@ TEST_F(ControlHandlerIntegrationTest, VolumeAndOrientationSwitchSubPresetsOnlyOn
     expectTraffic(1.0, {}, {});
     EXPECT_EQ(handler->GetVolume(), 1.0);
     EXPECT_EQ(Current(), kMusic0xC);
-    EXPECT_TRUE(ErrorTexts(capture).empty());
+    EXPECT_TRUE(capture.ErrorTexts().empty());
 }
 
 }  // namespace

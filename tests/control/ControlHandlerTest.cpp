@@ -3,7 +3,6 @@
 
 #include "../preset/PresetTestData.h"
 #include "ControlMocks.h"
-#include "ErrorTexts.h"
 #include "LogCapture.h"
 #include "config/OrientationPolicy.h"
 #include "control/ControlHandler.h"
@@ -131,7 +130,7 @@ TEST_F(ControlHandlerTest, WithoutPresetsReadsFail) {
     LogCapture capture;
     Make();
     EXPECT_EQ(
-        ErrorTexts(capture),
+        capture.ErrorTexts(),
         std::vector<std::string>{"ControlHandler Supported preset is not defined. Please make "
                                  "sure it's added to the config file."});
     capture.Clear();
@@ -141,9 +140,9 @@ TEST_F(ControlHandlerTest, WithoutPresetsReadsFail) {
     EXPECT_FALSE(handler->GetChunk(1, chunk));
     EXPECT_FALSE(handler->SetCurrentPreset());
     EXPECT_TRUE(handler->SetActive(0, 0));
-    EXPECT_EQ(ErrorTexts(capture), (std::vector<std::string>{"no valid parameters could be got",
-                                                             "no valid chunk could be got",
-                                                             "no valid parameters could be got"}));
+    EXPECT_EQ(capture.ErrorTexts(), (std::vector<std::string>{"no valid parameters could be got",
+                                                              "no valid chunk could be got",
+                                                              "no valid parameters could be got"}));
     EXPECT_TRUE(sent.empty());
 }
 
@@ -175,7 +174,7 @@ TEST_F(ControlHandlerTest, SetActiveChangesOnlyToAnotherKnownPair) {
     EXPECT_FALSE(handler->SetSoundMode(7));
     EXPECT_FALSE(handler->SetOutputMode(7));
     EXPECT_FALSE(handler->SetOutputMode(1));  // (1, 1) is not a preset
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               (std::vector<std::string>{"Preset with output mode 5, sound mode 9 does not exist",
                                         "not supported sound mode 7", "not supported output mode 7",
                                         "not supported output mode 1"}));
@@ -192,7 +191,7 @@ TEST_F(ControlHandlerTest, WaitForFlushHoldsEverySendUntilFlush) {
     Make();
     LogCapture capture;
     EXPECT_FALSE(handler->Flush());
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               std::vector<std::string>{"Must call WaitForFlush before call Flush"});
 
     EXPECT_TRUE(handler->WaitForFlush());
@@ -211,7 +210,7 @@ TEST_F(ControlHandlerTest, WaitForFlushHoldsEverySendUntilFlush) {
     sent.clear();
     capture.Clear();
     EXPECT_FALSE(handler->Flush());
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               std::vector<std::string>{"Must call WaitForFlush before call Flush"});
     EXPECT_TRUE(sent.empty());
 }
@@ -223,7 +222,7 @@ TEST_F(ControlHandlerTest, AFailedSendKeepsTheNewState) {
     EXPECT_FALSE(handler->SetEnable(false));
     EXPECT_FALSE(handler->SetBypass(true));
     EXPECT_FALSE(handler->SetActive(0, 1));
-    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>(3, "SendBufferToDsp fail"));
+    EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>(3, "SendBufferToDsp fail"));
     EXPECT_FALSE(handler->GetEnable());
     EXPECT_TRUE(handler->GetBypass());
     EXPECT_EQ(handler->GetDescriptionString(), "ControlHandler[sm=1;om=0;INSTANCE=0;] :");
@@ -255,7 +254,7 @@ TEST_F(ControlHandlerTest, SetOrientationSucceedsEvenWhenTheSendFails) {
     EXPECT_TRUE(capture.Has(1,
                             "ControlHandler::SetOrientation Subtype changed for new "
                             "orientation, applying new preset."));
-    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>{"SendBufferToDsp fail"});
+    EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>{"SendBufferToDsp fail"});
     EXPECT_EQ(handler->GetSubtypeMasks(), 2u);
 }
 
@@ -293,7 +292,7 @@ TEST_F(ControlHandlerTest, ParameterBuffersAreAllTriedAndSentAsGenerated) {
     LogCapture capture;
     EXPECT_FALSE(handler->SetParametersArray({{100, 3.0}}, true));
     EXPECT_EQ(sent, frames);
-    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>{"SendBufferToDsp fail"});
+    EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>{"SendBufferToDsp fail"});
 
     EXPECT_CALL(*generator, MakeSetParameterArrayBuffer(_, _, false))
         .WillOnce(Return(kStatusBadValue));
@@ -335,8 +334,8 @@ TEST_F(ControlHandlerTest, FailedMeterAndVersionExchangesAreLogged) {
     EXPECT_FALSE(handler->GetMeters(infos, values));
     EXPECT_CALL(*generator, MakeGetMetersBuffer(_, _)).WillOnce(Return(kStatusBadValue));
     EXPECT_FALSE(handler->GetMeters(infos, values));
-    EXPECT_EQ(ErrorTexts(capture), (std::vector<std::string>{"ParseReplyMetersBuffer fail",
-                                                             "MakeGetMetersBuffer fail"}));
+    EXPECT_EQ(capture.ErrorTexts(), (std::vector<std::string>{"ParseReplyMetersBuffer fail",
+                                                              "MakeGetMetersBuffer fail"}));
 
     capture.Clear();
     EXPECT_CALL(*generator, MakeGetVersionBuffer(_))
@@ -345,7 +344,7 @@ TEST_F(ControlHandlerTest, FailedMeterAndVersionExchangesAreLogged) {
     EXPECT_CALL(*sender, SendAndReceive(_, std::vector<char>{5, 0, 0, 0}, _))
         .WillOnce(Return(false));
     EXPECT_FALSE(handler->GetDspVersion(version));
-    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>{"SendBufferToDsp fail"});
+    EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>{"SendBufferToDsp fail"});
 }
 
 TEST_F(ControlHandlerTest, FromTuningCallsNeedTuningData) {
@@ -359,7 +358,7 @@ TEST_F(ControlHandlerTest, FromTuningCallsNeedTuningData) {
     EXPECT_TRUE(handler->SetFullPresetFromTuning(preset));
     preset.hasLlChunk = true;
     EXPECT_FALSE(handler->SetFullPresetFromTuning(preset));
-    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>(5, "tuning is not active yet"));
+    EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>(5, "tuning is not active yet"));
     EXPECT_TRUE(handler->StartTuningMode(false));
     EXPECT_TRUE(capture.Has(0, "tuning data does not exist"));
     EXPECT_FALSE(handler->IsTuningMode());
@@ -370,7 +369,7 @@ TEST_F(ControlHandlerTest, WithoutAPresetTuningStartsFromTheLinkLawValues) {
     description = MakeDescription({});
     LogCapture capture;
     Make();
-    ASSERT_EQ(ErrorTexts(capture),
+    ASSERT_EQ(capture.ErrorTexts(),
               std::vector<std::string>{"ControlHandler Supported preset is not defined. Please "
                                        "make sure it's added to the config file."});
     EXPECT_TRUE(handler->SetLinkLawsValueImpl(0, 30.0));

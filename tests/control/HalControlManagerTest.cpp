@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include "ControlMocks.h"
-#include "ErrorTexts.h"
 #include "LogCapture.h"
 #include "config/ZorbAudioSettings.h"
 #include "control/HalControlManager.h"
@@ -71,7 +70,7 @@ TEST(HalControlManagerImplTest, SettingsOfAnotherVersionOrMissingSelectNothing) 
 
     LogCapture capture;
     EXPECT_FALSE(f.manager.SetEnable(&version1, true));
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               (std::vector<std::string>{
                   "CheckAudioCalSettings: Major API version mismatch. Provided = 1, Supported = 2",
                   kNoHandler}));
@@ -82,11 +81,11 @@ TEST(HalControlManagerImplTest, SettingsOfAnotherVersionOrMissingSelectNothing) 
         kNoHandler};
     capture.Clear();
     EXPECT_FALSE(f.manager.SetEnable(nullptr, true));
-    EXPECT_EQ(ErrorTexts(capture), nullLines);
+    EXPECT_EQ(capture.ErrorTexts(), nullLines);
     capture.Clear();
     zorbaudio_settings_t noRecord{2, nullptr};
     EXPECT_FALSE(f.manager.SetEnable(&noRecord, true));
-    EXPECT_EQ(ErrorTexts(capture), nullLines);
+    EXPECT_EQ(capture.ErrorTexts(), nullLines);
 }
 
 TEST(HalControlManagerImplTest, BeforeInitializeSelectingOperationsFail) {
@@ -108,7 +107,7 @@ TEST(HalControlManagerImplTest, BeforeInitializeSelectingOperationsFail) {
     EXPECT_FALSE(manager.GetMeters(s, {}, meters));
     EXPECT_FALSE(manager.GetDspVersion(s, text));
     EXPECT_FALSE(manager.Flush(s));
-    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>(8, kNoHandler));
+    EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>(8, kNoHandler));
     EXPECT_EQ(capture.Count("GetControlHandlers: No CoppHandles matched search criteria "
                             "INSTANCE=0;"),
               8u);
@@ -203,7 +202,7 @@ TEST(HalControlManagerImplTest, AnyRouteFailuresAreLoggedWithTheirTexts) {
     EXPECT_FALSE(f.manager.GetParameter(settings->GetSettings(), 2821, value));
     EXPECT_FALSE(f.manager.GetChunk(settings->GetSettings(), 3, chunk));
     EXPECT_FALSE(f.manager.GetMeters(settings->GetSettings(), {}, meters));
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               (std::vector<std::string>{"parameter 2821 is found", "no chunk for index 3 is found",
                                         "fail to get meters"}));
 }
@@ -237,7 +236,7 @@ TEST(HalControlManagerImplTest, GetParametersArrayAsksHandlersInTurn) {
     }
     LogCapture capture;
     EXPECT_FALSE(f.manager.GetParametersArray(settings->GetSettings(), {5}, out));
-    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>{"no parameter is found"});
+    EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>{"no parameter is found"});
 }
 
 TEST(HalControlManagerImplTest, SetVolumeTableTakesActiveStreamsOnly) {
@@ -271,7 +270,7 @@ TEST(HalControlManagerImplTest, GetVersionComparesTheTypeExactly) {
     std::string version = "unchanged";
     LogCapture capture;
     EXPECT_FALSE(manager.GetVersion(settings->GetSettings(), "HalController", version));
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               std::vector<std::string>{"not supported version type HalController"});
     EXPECT_EQ(version, "unchanged");
 
@@ -314,7 +313,7 @@ TEST(HalControlManagerImplTest, LinkLawSourceValuesAreKeptPerHandlerThatTookThem
     EXPECT_TRUE(values.empty());
     double value = 0.0;
     EXPECT_FALSE(f.manager.GetLinkLawsSourceValue(settings->GetSettings(), 2, value));
-    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>{"sourceIndex 2 is found"});
+    EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>{"sourceIndex 2 is found"});
 
     EXPECT_CALL(*h[0], SetLinkLawsValue(2u, 0.5)).WillOnce(Return(true));
     EXPECT_CALL(*h[1], SetLinkLawsValue(2u, 0.5)).WillOnce(Return(true));
@@ -365,7 +364,7 @@ TEST(HalControlManagerImplTest, LinkLawParametersAndFullPresetsWalkTheHandlers) 
     EXPECT_TRUE(f.manager.SetFullPresetFromTuning(settings->GetSettings(), preset, true));
     EXPECT_FALSE(f.manager.SetFullPresetFromTuning(Search(7)->GetSettings(), preset, false));
     EXPECT_FALSE(f.manager.GetFullPreset(Search(7)->GetSettings(), preset));
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               (std::vector<std::string>{"no linklaws is valid", "Failed to set fullPreset",
                                         kNoHandler, kNoHandler}));
 }
@@ -378,7 +377,7 @@ TEST(HalControlManagerTest, CommandsFailWithoutAParser) {
     unsigned int replySize = 4;
     EXPECT_FALSE(manager.SetCommand(settings->GetSettings(), "x", 2));
     EXPECT_FALSE(manager.GetCommand(settings->GetSettings(), "x", 2, reply, replySize));
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               (std::vector<std::string>{"SetCommand: this control object has no command parser",
                                         "GetCommand: this control object has no command parser"}));
 }

@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include "ControlMocks.h"
-#include "ErrorTexts.h"
 #include "LogCapture.h"
 #include "config/ZorbAudioSettings.h"
 #include "control/HalControlManagerImpl.h"
@@ -109,7 +108,7 @@ TEST(HalNotifierTest, RegisterGivesSelectedHandlersAListenerAndEraseTakesItBack)
     LogCapture capture;
     EXPECT_FALSE(f.manager.RegisterNotifier(Search(3)->GetSettings(), notifier));
     EXPECT_FALSE(f.manager.RegisterNotifier(Search(3)->GetSettings(), nullptr));
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               (std::vector<std::string>{"no valid ControlHandler", "no valid ControlHandler"}));
 }
 

@@ -17,14 +17,7 @@ namespace TesselFX {
 namespace {
 
 using test::LogCapture;
-
-class RecordingListener : public IPresetHandleListener {
-  public:
-    void OnPresetHandleChanged(unsigned int om, unsigned int sm) override {
-        calls.push_back(OmSm{om, sm});
-    }
-    std::vector<OmSm> calls;
-};
+using test::RecordingListener;
 
 void Add(PresetMap& map, uint32_t om, uint32_t sm, uint32_t mask, uint8_t priority,
          std::map<unsigned int, double> parameters, std::vector<char> laws = {}) {

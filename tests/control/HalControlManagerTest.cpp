@@ -88,34 +88,6 @@ TEST(HalControlManagerImplTest, SettingsOfAnotherVersionOrMissingSelectNothing) 
     EXPECT_EQ(capture.ErrorTexts(), nullLines);
 }
 
-TEST(HalControlManagerImplTest, BeforeInitializeSelectingOperationsFail) {
-    HalControlManagerImpl manager;
-    auto settings = Search(0);
-    const zorbaudio_settings_t* s = settings->GetSettings();
-    LogCapture capture;
-    bool flag = false;
-    double value = 0.0;
-    std::vector<char> chunk;
-    std::map<unsigned int, double> parameters;
-    std::map<uint32_t, CMeterValue> meters;
-    std::string text;
-    EXPECT_FALSE(manager.SetVolume(s, 0.5));
-    EXPECT_FALSE(manager.GetEnable(s, flag));
-    EXPECT_FALSE(manager.GetParameter(s, 7, value));
-    EXPECT_FALSE(manager.GetChunk(s, 1, chunk));
-    EXPECT_FALSE(manager.GetParametersArray(s, {}, parameters));
-    EXPECT_FALSE(manager.GetMeters(s, {}, meters));
-    EXPECT_FALSE(manager.GetDspVersion(s, text));
-    EXPECT_FALSE(manager.Flush(s));
-    EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>(8, kNoHandler));
-    EXPECT_EQ(capture.Count("GetControlHandlers: No CoppHandles matched search criteria "
-                            "INSTANCE=0;"),
-              8u);
-    EXPECT_FALSE(manager.IsFeatureSupported("DumpBufferToDsp"));
-    EXPECT_TRUE(manager.GetVersion(s, "halcontroller", text));
-    EXPECT_EQ(text, "1.553.0.0");
-}
-
 TEST(HalControlManagerImplTest, AllRouteKeepsGoingAfterAFailureAndAndsTheResults) {
     Fixture f({"1", "1"});
     auto settings = Search(1);
@@ -130,26 +102,6 @@ TEST(HalControlManagerImplTest, AllRouteKeepsGoingAfterAFailureAndAndsTheResults
     EXPECT_CALL(*f.handlers.ordered[0], OnDspWakeUp()).WillOnce(Return(true));
     EXPECT_CALL(*f.handlers.ordered[1], OnDspWakeUp()).WillOnce(Return(false));
     EXPECT_FALSE(f.manager.OnDspWakeUp(settings->GetSettings()));
-}
-
-TEST(HalControlManagerImplTest, SelectionMatchesTheInstanceOrAuto) {
-    Handlers handlers;
-    auto one = handlers.Add("1");
-    auto two = handlers.Add("2");
-    auto any = handlers.Add("AUTO");
-    HalControlManagerImpl manager;
-    manager.Initialize(handlers.map, {}, {}, {});
-
-    EXPECT_CALL(*one, SetOrientation(90)).WillOnce(Return(true));
-    EXPECT_CALL(*two, SetOrientation(_)).Times(0);
-    EXPECT_CALL(*any, SetOrientation(90)).WillOnce(Return(true));
-    EXPECT_TRUE(manager.SetOrientation(Search(1)->GetSettings(), 90));
-
-    EXPECT_CALL(*one, SetOrientation(_)).Times(0);
-    EXPECT_CALL(*any, SetOrientation(180)).WillOnce(Return(true));
-    LogCapture capture;
-    EXPECT_TRUE(manager.SetOrientation(Search(9)->GetSettings(), 180));
-    EXPECT_FALSE(capture.HasFragment("No CoppHandles"));
 }
 
 TEST(HalControlManagerImplTest, FirstAndAnyRoutesFollowMapOrder) {
@@ -264,21 +216,41 @@ TEST(HalControlManagerImplTest, SetVolumeTableTakesActiveStreamsOnly) {
     EXPECT_FALSE(capture.Has(kNoHandler));
 }
 
-TEST(HalControlManagerImplTest, GetVersionComparesTheTypeExactly) {
-    HalControlManagerImpl manager;
-    auto settings = Search(0);
-    std::string version = "unchanged";
+TEST(HalControlManagerImplTest, InitializeLogsTheFeaturesAndTheQueryMatchesExactly) {
     LogCapture capture;
-    EXPECT_FALSE(manager.GetVersion(settings->GetSettings(), "HalController", version));
-    EXPECT_EQ(capture.ErrorTexts(),
-              std::vector<std::string>{"not supported version type HalController"});
-    EXPECT_EQ(version, "unchanged");
+    Handlers handlers;
+    handlers.Add("1");
+    HalControlManagerImpl manager;
+    EXPECT_TRUE(manager.Initialize(handlers.map, {"Surround", "DumpBufferToDsp"}, {}, {}));
+    auto texts = capture.Texts(1);
+    ASSERT_GE(texts.size(), 3u);
+    EXPECT_EQ(std::vector<std::string>(texts.end() - 3, texts.end()),
+              (std::vector<std::string>{"Initialize: Supported features count = 2",
+                                        "Initialize: DumpBufferToDsp", "Initialize: Surround"}));
+    EXPECT_TRUE(manager.IsFeatureSupported("Surround"));
+    EXPECT_FALSE(manager.IsFeatureSupported("surround"));
+    EXPECT_FALSE(manager.IsFeatureSupported(nullptr));
+    EXPECT_TRUE(capture.Has(1, "IsFeatureSupported: surround"));
+}
 
-    EXPECT_TRUE(manager.GetVersion(settings->GetSettings(), "dspkit", version));
-    EXPECT_EQ(version, "");
-    manager.SetDspKitVersion("DspKit 3.2.1");
-    EXPECT_TRUE(manager.GetVersion(settings->GetSettings(), "dspkit", version));
-    EXPECT_EQ(version, "DspKit 3.2.1");
+// The signatures of the entry traces are written by hand in the manager.
+TEST(HalControlManagerImplTest, EveryOperationStartsWithTheEntryTrace) {
+    Fixture f({"1"});
+    auto settings = Search(1);
+    LogCapture capture;
+    f.manager.SetVolume(settings->GetSettings(), 1.0);
+    std::map<uint32_t, CMeterValue> meters;
+    f.manager.GetMeters(settings->GetSettings(), {}, meters);
+    f.manager.SetMessageBufferSize(100);
+    EXPECT_EQ(capture.Texts(0),
+              (std::vector<std::string>{
+                  "Entering function virtual bool TesselFX::HalControlManagerImpl::SetVolume(const "
+                  "zorbaudio_settings_t *, double)",
+                  "Entering function virtual bool TesselFX::HalControlManagerImpl::GetMeters(const "
+                  "zorbaudio_settings_t *, const std::map<uint32_t, CMeterInfo> &, "
+                  "std::map<uint32_t, CMeterValue> &)",
+                  "Entering function virtual void "
+                  "TesselFX::HalControlManagerImpl::SetMessageBufferSize(unsigned int)"}));
 }
 
 TEST(HalControlManagerImplTest, MessageBufferSizeSetsTheNotificationLimits) {

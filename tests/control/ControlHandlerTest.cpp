@@ -124,6 +124,23 @@ class ControlHandlerTest : public ::testing::Test {
 
 const std::vector<char> kParameters{'P', 2};
 
+TEST_F(ControlHandlerTest, ConstructionDumpsAndTheVolumeListenerLivesAsLongAsTheHandler) {
+    IVolumeTableHelper::VolumeChangedListener* listener = nullptr;
+    EXPECT_CALL(*volumeTableHelper, SetListener(_)).WillOnce(::testing::SaveArg<0>(&listener));
+    LogCapture capture;
+    Make();
+    EXPECT_EQ(listener, static_cast<IVolumeTableHelper::VolumeChangedListener*>(handler.get()));
+    const auto texts = capture.Texts(1);
+    ASSERT_GE(texts.size(), 3u);
+    EXPECT_EQ(
+        std::vector<std::string>(texts.end() - 3, texts.end()),
+        (std::vector<std::string>{
+            "virtual void TesselFX::ControlHandler::Dump() const ==== start ====", "INSTANCE=0;",
+            "virtual void TesselFX::ControlHandler::Dump() const ====  end  ===="}));
+    EXPECT_CALL(*volumeTableHelper, ClearListener()).Times(1);
+    handler.reset();
+}
+
 TEST_F(ControlHandlerTest, WithoutPresetsReadsFail) {
     description = MakeDescription();
     EXPECT_CALL(*presetSet, RequestPresetHandle(_, _)).Times(0);
@@ -264,7 +281,13 @@ TEST_F(ControlHandlerTest, ALinkLawValueFromTheVolumeSurvivesAModeChange) {
     EXPECT_CALL(*converter, Convert(::testing::FloatNear(-20.0f, 1e-5f), _))
         .WillOnce(DoAll(SetArgReferee<1>(0.25f), Return(true)));
     EXPECT_CALL(*Handle(0, 0), SetLinkLawValue(0u, 0.25)).WillOnce(Return(true));
+    LogCapture capture;
     EXPECT_TRUE(handler->SetVolume(0.1));
+    EXPECT_TRUE(capture.Has(1,
+                            "ControlHandler[sm=0;om=0;INSTANCE=0;] : SetVolume volume 0.100000 "
+                            "volumeDb -20.000000dB"));
+    EXPECT_TRUE(capture.Has(
+        1, "ControlHandler::SetVolume trigger LL for new volume, applying new preset."));
 
     // The link-law value survives a mode change: the new handle gets it again.
     EXPECT_CALL(*presetSet, RequestPresetHandle(0u, 1u)).WillOnce(Invoke([this](auto, auto) {
@@ -363,6 +386,13 @@ TEST_F(ControlHandlerTest, FromTuningCallsNeedTuningData) {
     EXPECT_TRUE(capture.Has(0, "tuning data does not exist"));
     EXPECT_FALSE(handler->IsTuningMode());
     EXPECT_TRUE(sent.empty());
+
+    EXPECT_TRUE(handler->StartTuningMode(true));
+    EXPECT_TRUE(handler->CreateTuningData());
+    EXPECT_TRUE(capture.Has(0, "tuning data already exists"));
+    EXPECT_TRUE(handler->SetParameterFromTuning(1, 0.5));
+    EXPECT_TRUE(
+        capture.Has(1, handler->GetDescriptionString() + " SetParameterFromTuning 1 = 0.500000"));
 }
 
 TEST_F(ControlHandlerTest, WithoutAPresetTuningStartsFromTheLinkLawValues) {

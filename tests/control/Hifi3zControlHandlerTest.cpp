@@ -62,6 +62,7 @@ struct Hifi3zHandlerTest : ::testing::Test {
     Hifi3zHandlerTest() {
         auto preset = std::make_shared<PresetDescription>("Music", 1, 2, 0, "", "");
         description = test::MakeDescription({preset});
+        description->GetSettings()->AddString("ROUTE", "spk");
         ON_CALL(*presetSet, RequestPresetHandle(1, 2)).WillByDefault(Return(presetHandle));
         ON_CALL(*presetHandle, GetAllParameters()).WillByDefault(ReturnPointee(&presetValues));
         ON_CALL(*volumePolicy, GetDefaultVolume()).WillByDefault(Return(1.0f));
@@ -162,6 +163,17 @@ TEST_F(Hifi3zHandlerTest, WithoutTheDifferentialGeneratorNothingIsSent) {
     EXPECT_FALSE(handler->SetEnable(false));
     EXPECT_EQ(capture.Count("m_pSetParameterArrayBufferGeneratorV2 should not be null"), 3u);
     EXPECT_TRUE(sender->sent.empty());
+}
+
+TEST_F(Hifi3zHandlerTest, LogLinesNameTheHifi3zHandler) {
+    auto handler = Make();
+    EXPECT_EQ(handler->GetDescriptionString(), "Hifi3zControlHandler[sm=2;om=1;ROUTE=spk;] :");
+    test::LogCapture capture;
+    ASSERT_TRUE(handler->SetCurrentPreset());
+    EXPECT_TRUE(
+        capture.Has(1,
+                    "Hifi3zControlHandler[sm=2;om=1;ROUTE=spk;] : SetParametersArrayCommandImpl "
+                    "num_parameters = 2"));
 }
 
 }  // namespace

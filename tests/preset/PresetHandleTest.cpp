@@ -113,7 +113,7 @@ TEST(PresetHandle, ReadsArraysWithTheirLogs) {
 }
 
 // Active and simulated link laws are checked on the wire by the end-to-end tests.
-TEST(PresetHandle, InactiveLinkLawsKeepSourcesWithoutTelling) {
+TEST(PresetHandle, LinkLawStatesAndInactiveLawsKeepSourcesWithoutTelling) {
     LogCapture capture;
     Fixture f;
     auto handle = f.set->RequestPresetHandle(1, 1);
@@ -122,12 +122,19 @@ TEST(PresetHandle, InactiveLinkLawsKeepSourcesWithoutTelling) {
     EXPECT_EQ(handle->GetLinkLawSourceToMasterMap(),
               (std::map<unsigned int, unsigned int>{{0, 2800}}));
 
+    EXPECT_EQ(Value(handle, 100), -1.0);  // active without a source value
+    EXPECT_TRUE(capture.Has(1, "LinkLaws is active"));
+    ASSERT_TRUE(f.set->SetParameter(2820, 1.0, 1, 1, 0, false));
+    Value(handle, 100);
+    EXPECT_TRUE(capture.Has(1, "LinkLaws is simulation"));
+
     // Inactive: no notification for a source change, but the value is kept.
     ASSERT_TRUE(f.set->SetParameter(2821, 0.0, 1, 1, 0, false));
     EXPECT_EQ(Value(handle, 100), -1.0);
     EXPECT_TRUE(capture.Has(1, "LinkLaws is inactive"));
     const size_t calls = listener.calls.size();
     EXPECT_TRUE(handle->SetLinkLawValue(0, 100.0));
+    EXPECT_TRUE(capture.Has(1, "PresetHandle::SetLinkLawValue 0 100.000000"));
     EXPECT_EQ(listener.calls.size(), calls);
     EXPECT_EQ(handle->GetLinkLawSources(), (std::map<unsigned int, double>{{0, 100.0}}));
     EXPECT_TRUE(handle->ClearLinkLawSource(0));

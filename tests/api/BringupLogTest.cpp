@@ -39,15 +39,6 @@ std::string Config(const std::string& controls, const std::string& extra = "",
 
 const char* const kSpeaker = "Speaker=DEV:2,SR:rates,PRESET:Music|Movie,INSTANCE:1";
 
-/// The texts of the error lines, without their source position lines.
-std::vector<std::string> Errors(const test::LogCapture& capture) {
-    std::vector<std::string> out;
-    for (const std::string& text : capture.Texts(4)) {
-        if (text.size() < 2 || text.compare(text.size() - 2, 2, ", ") != 0) out.push_back(text);
-    }
-    return out;
-}
-
 /// Sets DSPKIT_SIM_FAIL, the stand-in library's list of entry points to fail, for its lifetime.
 struct FailingEntryPoint {
     explicit FailingEntryPoint(const char* name) { setenv("DSPKIT_SIM_FAIL", name, 1); }
@@ -93,7 +84,7 @@ class BringupLogTest : public ::testing::Test {
 TEST_F(BringupLogTest, EachFailureHasItsLine) {
     test::LogCapture capture;
     EXPECT_FALSE(Init(m_configPath, nullptr));
-    EXPECT_EQ(Errors(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               std::vector<std::string>{"zorbaudio_initialize buffer_sender function is null."});
 
     capture.Clear();
@@ -104,16 +95,16 @@ TEST_F(BringupLogTest, EachFailureHasItsLine) {
 
     capture.Clear();
     EXPECT_FALSE(Init(m_dir.Path("missing.ini")));
-    EXPECT_EQ(Errors(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               std::vector<std::string>{"load conf " + m_dir.Path("missing.ini") + " fail"});
 
     capture.Clear();
     EXPECT_FALSE(Init(m_dir.Write("none.ini", Config(""))));
-    EXPECT_EQ(Errors(capture), std::vector<std::string>{"None controller is created"});
+    EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>{"None controller is created"});
 
     capture.Clear();
     EXPECT_FALSE(Init(m_dir.Write("nolib.ini", Config(kSpeaker, "", m_dir.Path("none.so")))));
-    EXPECT_EQ(Errors(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               (std::vector<std::string>{
                   "Hifi3zHelper::BuildAndInitZorbEffect failed to initialize ZorbEffect",
                   "Hifi3zHelper::MakeControlHandlers failed to initialize ZorbEffect",
@@ -132,7 +123,7 @@ TEST_F(BringupLogTest, EachFailureHasItsLine) {
         FailingEntryPoint fail("ZorbEffect_Control_Deferred_GetMaxNumCoefIDs");
         capture.Clear();
         EXPECT_FALSE(Init(m_configPath));
-        EXPECT_EQ(Errors(capture), std::vector<std::string>{"None controller is created"});
+        EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>{"None controller is created"});
     }
     EXPECT_EQ(Version("dspkit"), "");
     EXPECT_EQ(g_sends, 0u);
@@ -142,7 +133,7 @@ TEST_F(BringupLogTest, SuccessMakesOneHandlerPerControlAndKeepsTheLibraryVersion
     test::LogCapture capture;
     ASSERT_TRUE(Init(m_dir.Write("two.ini", Config(kSpeaker + std::string("\nHeadset=DEV:3,SR:"
                                                                           "rates,PRESET:Movie")))));
-    EXPECT_TRUE(Errors(capture).empty());
+    EXPECT_TRUE(capture.ErrorTexts().empty());
     EXPECT_TRUE(capture.Has(1, "make ControlHandler Headset"));
     EXPECT_TRUE(capture.Has(1, "make ControlHandler Speaker"));
     EXPECT_EQ(Version("dspkit"), "DspKitSim 1.00 stand-in");
@@ -155,7 +146,7 @@ TEST_F(BringupLogTest, AFailedVersionQueryIsNotFatal) {
     FailingEntryPoint fail("ZorbEffect_Revision_Get");
     test::LogCapture capture;
     ASSERT_TRUE(Init(m_configPath));
-    EXPECT_EQ(Errors(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               std::vector<std::string>{
                   "Hifi3zHelper::GetDspKitVersion failed to get ZorbEffect version"});
     EXPECT_EQ(Version("dspkit"), "");

@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "../control/ErrorTexts.h"
 #include "../e2e/BringupFiles.h"
 #include "LogCapture.h"
 #include "zbhalcontroller/zb_api.h"
@@ -109,15 +108,15 @@ TEST_F(SetDataTest, CustomActionSelectsByPriorityAndIgnoresTrailingBytes) {
     EXPECT_EQ(SetData(255, nine), 0);
     EXPECT_EQ(SetData(-1, nine), 0);
     EXPECT_TRUE(capture.Has(3, "Could not find matched action"));
-    EXPECT_EQ(ErrorTexts(capture), (std::vector<std::string>{
-                                       "not supported internalAction id 0",
-                                       "not supported internalAction id 0",
-                                       "invalid input: pData is nullptr",
-                                       "id 256 is not defined in the config",
-                                       "id 13 is not predefined",
-                                       "id 255 is not predefined",
-                                       "id -1 is not predefined",
-                                   }));
+    EXPECT_EQ(capture.ErrorTexts(), (std::vector<std::string>{
+                                        "not supported internalAction id 0",
+                                        "not supported internalAction id 0",
+                                        "invalid input: pData is nullptr",
+                                        "id 256 is not defined in the config",
+                                        "id 13 is not predefined",
+                                        "id 255 is not predefined",
+                                        "id -1 is not predefined",
+                                    }));
     EXPECT_TRUE(Take().empty());
 }
 
@@ -145,7 +144,7 @@ TEST_F(SetDataTest, FixedIdsCheckTheirSizeExactly) {
                    " and pData " + Pointer(data) + " should not be null";
         };
         EXPECT_EQ(
-            ErrorTexts(capture),
+            capture.ErrorTexts(),
             (std::vector<std::string>{text(wrong.data()), text(shorter.data()), text(nullptr)}))
             << c.id;
     }
@@ -155,13 +154,13 @@ TEST_F(SetDataTest, FixedIdsCheckTheirSizeExactly) {
     EXPECT_EQ(SetData(10, std::vector<char>(4)), 0);
     EXPECT_EQ(SetData(11, std::vector<char>(1)), 0);
     EXPECT_EQ(zb_set_data(m_handle, 1, 12, nullptr, 8), 0);
-    EXPECT_EQ(ErrorTexts(capture), (std::vector<std::string>{
-                                       "SetData SET_PARAMETER_ARRAY is not supported",
-                                       "SetData SET_PARAMETER_ARRAY is not supported",
-                                       "SetData WAIT_FOR_FLUSH size should be 0",
-                                       "SetData FLUSH size should be 0",
-                                       "SetData ON_DSP_WAKEUP size should be 0",
-                                   }));
+    EXPECT_EQ(capture.ErrorTexts(), (std::vector<std::string>{
+                                        "SetData SET_PARAMETER_ARRAY is not supported",
+                                        "SetData SET_PARAMETER_ARRAY is not supported",
+                                        "SetData WAIT_FOR_FLUSH size should be 0",
+                                        "SetData FLUSH size should be 0",
+                                        "SetData ON_DSP_WAKEUP size should be 0",
+                                    }));
     EXPECT_TRUE(Take().empty());
 }
 
@@ -220,10 +219,10 @@ TEST_F(SetDataTest, FixedIdsReachTheirOperations) {
     Put<double>(law, 16, 0.5);
     LogCapture capture;
     const int viaData = SetData(9, law);
-    const std::vector<std::string> dataErrors = ErrorTexts(capture);
+    const std::vector<std::string> dataErrors = capture.ErrorTexts();
     capture.Clear();
     EXPECT_EQ(viaData, zb_set_linklaws_value(m_handle, 1, 0, -20.0, 0.5));
-    EXPECT_EQ(dataErrors, ErrorTexts(capture));
+    EXPECT_EQ(dataErrors, capture.ErrorTexts());
 }
 
 }  // namespace

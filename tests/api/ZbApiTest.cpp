@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstring>
 
-#include "../control/ErrorTexts.h"
 #include "LogCapture.h"
 #include "api/ZbApiCallbacks.h"
 #include "config/CommonSettings.h"
@@ -90,14 +89,14 @@ TEST(ZbApiTest, UnknownHandlesAreRefusedByEveryFunction) {
     EXPECT_EQ(zb_on_dsp_wakeup(unknown, 0), 0);
     EXPECT_EQ(zb_is_feature_supported(unknown, "DumpBufferToDsp"), 0);
     zb_destroy(&unknown);
-    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>(21, invalid));
+    EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>(21, invalid));
     EXPECT_EQ(capture.Texts(4).size(), 42u);
     EXPECT_EQ(unknown, reinterpret_cast<void*>(0x1234));
     EXPECT_STREQ(text, "");
 
     capture.Clear();
     zb_destroy(nullptr);
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               std::vector<std::string>{"handle " + Pointer(nullptr) + " is invalid"});
 }
 
@@ -116,12 +115,12 @@ TEST(ZbApiTest, DestroyRemovesTheEntryAndLeavesTheCallersVariable) {
     EXPECT_EQ(zb_set_enable(first, 0, 1), 0);
     zb_destroy(&copy);
     const std::string invalid = "handle " + Pointer(first) + " is invalid";
-    EXPECT_EQ(ErrorTexts(capture), (std::vector<std::string>{invalid, invalid}));
+    EXPECT_EQ(capture.ErrorTexts(), (std::vector<std::string>{invalid, invalid}));
 
     // The other object is untouched.
     capture.Clear();
     EXPECT_EQ(zb_set_enable(second, 0, 1), 0);
-    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>{kNoHandler});
+    EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>{kNoHandler});
     zb_destroy(&second);
 }
 
@@ -134,7 +133,7 @@ TEST(ZbApiTest, CallsBeforeInitializationFindNoControlHandler) {
     EXPECT_EQ(zb_flush(handle.value, 0), 0);
     EXPECT_EQ(zb_on_dsp_wakeup(handle.value, 0), 0);
     EXPECT_EQ(zb_set_linklaws_value(handle.value, 0, 0, -20.0, 0.5), 0);
-    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>(6, kNoHandler));
+    EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>(6, kNoHandler));
     EXPECT_TRUE(capture.Has(3,
                             "GetControlHandlers: No CoppHandles matched search criteria "
                             "INSTANCE=3;"));
@@ -142,7 +141,7 @@ TEST(ZbApiTest, CallsBeforeInitializationFindNoControlHandler) {
     capture.Clear();
     EXPECT_EQ(zb_initialize(handle.value, "system.zps", "user.zps", "hal.ini", nullptr), 0);
     EXPECT_EQ(
-        ErrorTexts(capture),
+        capture.ErrorTexts(),
         (std::vector<std::string>{"open file (system.zps) failed! 2, No such file or directory",
                                   "load preset system.zps user.zps fail"}));
 }
@@ -154,7 +153,7 @@ TEST(ZbApiTest, GetVersionNeedsRoomForTheTerminator) {
     LogCapture capture;
     // "1.553.0.0" has 9 characters.
     EXPECT_EQ(zb_get_version(handle.value, 0, "halcontroller", text, 9), 0);
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               std::vector<std::string>{
                   "zorbaudio_get_version versionStringSize 9 is not enough, actual size 9"});
     EXPECT_EQ(text[0], 'x');
@@ -167,7 +166,7 @@ TEST(ZbApiTest, GetVersionNeedsRoomForTheTerminator) {
     capture.Clear();
     EXPECT_EQ(zb_get_version(handle.value, 0, "HalController", text, sizeof(text)), 0);
     EXPECT_EQ(zb_get_version(handle.value, 0, "halcontroller", nullptr, 16), 0);
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               (std::vector<std::string>{
                   "not supported version type HalController",
                   "zorbaudio_get_version versionStringSize 16 is not enough, actual size 9"}));
@@ -185,11 +184,11 @@ TEST(ZbApiTest, FeatureQueryAndParameterArraysReachTheManager) {
         0,
         "Entering function virtual bool TesselFX::HalControlManagerImpl::SetParametersArray("
         "const zorbaudio_settings_t *, const std::map<unsigned int, double> &, bool)"));
-    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>{kNoHandler});
+    EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>{kNoHandler});
 
     capture.Clear();
     EXPECT_EQ(zb_set_parameters_array(handle.value, 0, 2, nullptr, nullptr), 0);
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               std::vector<std::string>{"zb_set_parameters_array: indices or values is null"});
 }
 
@@ -204,14 +203,14 @@ TEST(ZbApiTest, LaterFeaturesFailWithALogLine) {
     EXPECT_EQ(zb_set_data(handle.value, 0, 10, nullptr, 0), 0);
     EXPECT_EQ(zb_register_notifier(handle.value, 0, NullNotifier), 0);
     EXPECT_EQ(zb_register_notifier(handle.value, 0, nullptr), 0);
-    EXPECT_EQ(ErrorTexts(capture), (std::vector<std::string>{
-                                       "expected size 12 is wrong, actual size 0",
-                                       "do not support id 1",
-                                       "zb_set_command: command is null",
-                                       "no valid ControlHandler",
-                                       "no valid ControlHandler",
-                                       "no valid ControlHandler",
-                                   }));
+    EXPECT_EQ(capture.ErrorTexts(), (std::vector<std::string>{
+                                        "expected size 12 is wrong, actual size 0",
+                                        "do not support id 1",
+                                        "zb_set_command: command is null",
+                                        "no valid ControlHandler",
+                                        "no valid ControlHandler",
+                                        "no valid ControlHandler",
+                                    }));
 }
 
 TEST(ZbApiTest, SenderTrampolineCallsTheCallersSenderWithTheInstance) {
@@ -226,7 +225,7 @@ TEST(ZbApiTest, SenderTrampolineCallsTheCallersSenderWithTheInstance) {
 
     LogCapture capture;
     EXPECT_EQ(SendBufferTrampoline(handle.value, &settings, data, 5, reply, &replySize), -1);
-    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>{"buffer_sender is invalid"});
+    EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>{"buffer_sender is invalid"});
     EXPECT_EQ(call.calls, 0);
 
     // zb_initialize keeps the sender although the bring-up itself is not there.
@@ -258,7 +257,7 @@ TEST(ZbApiTest, SenderTrampolineCallsTheCallersSenderWithTheInstance) {
     EXPECT_EQ(SendBufferTrampoline(handle.value, nullptr, data, 5, nullptr, nullptr), -1);
     void* unknown = reinterpret_cast<void*>(0x40);
     EXPECT_EQ(SendBufferTrampoline(unknown, &settings, data, 5, nullptr, nullptr), -1);
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               (std::vector<std::string>{"INSTANCE not found", "INSTANCE not found",
                                         "INSTANCE not found", "INSTANCE not found",
                                         "handle " + Pointer(unknown) + " not found"}));
@@ -290,7 +289,7 @@ TEST(ZbApiTest, NotifyTrampolineNeedsARegisteredNotifier) {
     LogCapture capture;
     EXPECT_EQ(NotifyTrampoline(handle.value, &settings, "x", 1), -1);
     EXPECT_EQ(NotifyTrampoline(handle.value, nullptr, "x", 1), -1);
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               (std::vector<std::string>{"notifier is invalid", "INSTANCE not found"}));
 }
 

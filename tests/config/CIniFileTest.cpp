@@ -7,13 +7,12 @@
 #include <string>
 #include <vector>
 
-#include "ConfigTestUtil.h"
+#include "LogCapture.h"
 #include "config/CIniFile.h"
 
 namespace TesselFX {
 namespace {
 
-using test::ErrorTexts;
 using test::LogCapture;
 
 /// Sections and keys in iteration order as "[section]" and "key=value" lines.
@@ -124,9 +123,9 @@ TEST(CIniFile, LoadFileFailureLeavesTreeAndSaveWritesSortedText) {
 
     LogCapture capture;
     EXPECT_FALSE(ini.Save("/nonexistent/dir/out.ini"));
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               std::vector<std::string>{"CIniFile::Save failed on file /nonexistent/dir/out.ini"});
-    EXPECT_EQ(test::PositionLines(capture), 1u);
+    EXPECT_EQ(capture.PositionLines(), 1u);
 
     // A directory opens but reads as nothing: the tree is emptied, nothing breaks.
     EXPECT_TRUE(reread.LoadFile(::testing::TempDir()));
@@ -152,9 +151,9 @@ TEST(CIniFile, TypedReads) {
     value = 5;
     EXPECT_FALSE(ini.LoadIntVal("n", "missing", value));
     EXPECT_FALSE(ini.LoadIntVal("n", "empty", value));
-    EXPECT_TRUE(ErrorTexts(capture).empty());
+    EXPECT_TRUE(capture.ErrorTexts().empty());
     EXPECT_FALSE(ini.LoadIntVal("n", "blank", value));
-    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>{"sscanf failed"});
+    EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>{"sscanf failed"});
     EXPECT_EQ(value, 5);
     EXPECT_TRUE(ini.LoadIntVal("n", "word", value));  // no digits: undefined, here unchanged
 
@@ -172,7 +171,7 @@ TEST(CIniFile, TypedReads) {
     EXPECT_FALSE(ini.LoadBoolVal("n", "on", "YES", "no", true, flag));
     const std::vector<std::string> expected = {"The value: maybe is neither yes nor no",
                                                "The value: yes is neither YES nor no"};
-    EXPECT_EQ(ErrorTexts(capture), expected);
+    EXPECT_EQ(capture.ErrorTexts(), expected);
 }
 
 TEST(CIniFile, RenamesAndRemovals) {

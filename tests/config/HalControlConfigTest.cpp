@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "ConfigTestUtil.h"
+#include "LogCapture.h"
 #include "config/Hifi3zHalControlConfig.h"
 #include "config/OrientationPolicy.h"
 #include "config/VolumePolicy.h"
@@ -13,7 +13,6 @@
 namespace TesselFX {
 namespace {
 
-using test::ErrorTexts;
 using test::LogCapture;
 using Strings = std::vector<std::string>;
 
@@ -55,7 +54,7 @@ std::unique_ptr<Hifi3zHalControlConfig> Parse(const std::string& text) {
 TEST(HalControlConfig, WorkedFileFillsEveryTable) {
     LogCapture capture;
     auto config = Parse(kWorkedFile);
-    EXPECT_EQ(ErrorTexts(capture), Strings{"could not find Music|Movie for PRESET"});
+    EXPECT_EQ(capture.ErrorTexts(), Strings{"could not find Music|Movie for PRESET"});
 
     using Rates = std::map<std::string, std::vector<int32_t>>;
     EXPECT_EQ(config->GetSampleRates(), (Rates{{"speakerRates", {44100, 48000}}}));
@@ -152,7 +151,7 @@ TEST(HalControlConfig, SectionsRunInDependencyOrderAndKeysInCaseInsensitiveOrder
         "SupportedCoefsConverterSettingParser::Parse AudioFormatType, 5",
     };
     EXPECT_EQ(parses, expected);
-    EXPECT_TRUE(ErrorTexts(capture).empty());
+    EXPECT_TRUE(capture.ErrorTexts().empty());
     EXPECT_EQ(config->GetControls().at("ctl")->GetPresets().size(), 2u);
     EXPECT_EQ(config->GetControls().at("ctl")->GetPresets()[0]->GetName(), "b");
     EXPECT_EQ(config->GetSampleRates().at("r"), std::vector<int32_t>{16000});
@@ -227,8 +226,8 @@ TEST(HalControlConfig, VolumeAndOrientationEntriesAreCaughtAndLogged) {
         "Exception: stoul",
         "Invalid string format: 270:0|33|x",
     };
-    EXPECT_EQ(ErrorTexts(capture), expected);
-    EXPECT_EQ(test::PositionLines(capture), expected.size());
+    EXPECT_EQ(capture.ErrorTexts(), expected);
+    EXPECT_EQ(capture.PositionLines(), expected.size());
 
     const auto volume = config->GetVolumeSubtypes();
     EXPECT_EQ(volume.at("a"), (VolumeSubtypeTable{{-10.0, 0x4}}));
@@ -262,7 +261,7 @@ TEST(HalControlConfig, PresetLines) {
         "[HAL_SUPPORTED_CONTROLS]\n"
         "ctl=DEV:0,SR:r,PRESET:b\n");
     // b is dropped silently, so only the control line complains.
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               (Strings{"could not find r for SR", "could not find b for PRESET",
                        "parse ControlDescriptionParser fail for key ctl"}));
     const auto presets = config->GetPresets();
@@ -308,8 +307,8 @@ TEST(HalControlConfig, ControlLines) {
         "could not find zz|q|yy for PRESET",
         "parse ControlDescriptionParser fail for key f",
     };
-    EXPECT_EQ(ErrorTexts(capture), expected);
-    EXPECT_EQ(test::PositionLines(capture), expected.size());
+    EXPECT_EQ(capture.ErrorTexts(), expected);
+    EXPECT_EQ(capture.PositionLines(), expected.size());
     const auto controls = config->GetControls();
     ASSERT_EQ(controls.size(), 1u);
     const auto& e = controls.at("e");
@@ -344,7 +343,7 @@ TEST(HalControlConfig, CustomActionSections) {
         "Parse invalid value NUMBERS:5,PRESET:Music audioDataPriority -1 audioDataOm 1 "
         "audioDataSm 2",
     };
-    EXPECT_EQ(ErrorTexts(capture), expected);
+    EXPECT_EQ(capture.ErrorTexts(), expected);
     const auto actions = config->GetCustomActions();
     ASSERT_EQ(actions.size(), 2u);
     const auto& one = actions.at(1);

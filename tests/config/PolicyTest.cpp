@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <vector>
 
-#include "ConfigTestUtil.h"
+#include "LogCapture.h"
 #include "config/OrientationPolicy.h"
 #include "config/VolumePolicy.h"
 #include "config/VolumeTableHelper.h"

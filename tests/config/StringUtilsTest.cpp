@@ -3,13 +3,12 @@
 #include <string>
 #include <vector>
 
-#include "ConfigTestUtil.h"
+#include "LogCapture.h"
 #include "config/StringUtils.h"
 
 namespace TesselFX {
 namespace {
 
-using test::ErrorTexts;
 using test::LogCapture;
 using Strings = std::vector<std::string>;
 
@@ -43,18 +42,18 @@ TEST(StringUtils, ToIntPairAcceptsAndRejects) {
     EXPECT_EQ(ToIntPair(spaced, a, b), spaced + 9);
     EXPECT_EQ(a, -3);
     EXPECT_EQ(b, 4);
-    EXPECT_TRUE(ErrorTexts(capture).empty());
+    EXPECT_TRUE(capture.ErrorTexts().empty());
 
     for (const char* bad : {"[3:4 ]", "[3 :4]", "[3:4", "[3:]", "[:4]", "[3,4]", "[", "[3:4)"}) {
         capture.Clear();
         EXPECT_EQ(ToIntPair(bad, a, b), nullptr) << bad;
-        EXPECT_EQ(ErrorTexts(capture), Strings{"ToIntPair: wrong format\n"}) << bad;
+        EXPECT_EQ(capture.ErrorTexts(), Strings{"ToIntPair: wrong format\n"}) << bad;
     }
     capture.Clear();
     EXPECT_EQ(ToIntPair("3:4]", a, b), nullptr);
     EXPECT_EQ(ToIntPair(nullptr, a, b), nullptr);
-    EXPECT_EQ(ErrorTexts(capture), (Strings{"ToIntPair: wrong format, missing '['\n",
-                                            "ToIntPair: wrong format, missing '['\n"}));
+    EXPECT_EQ(capture.ErrorTexts(), (Strings{"ToIntPair: wrong format, missing '['\n",
+                                             "ToIntPair: wrong format, missing '['\n"}));
 }
 
 TEST(StringUtils, ToIntTripleAcceptsAndRejects) {
@@ -71,7 +70,7 @@ TEST(StringUtils, ToIntTripleAcceptsAndRejects) {
     EXPECT_EQ(c, 0);  // cleared before parsing
     EXPECT_EQ(ToIntTriple("[1:2:3 ]", a, b, c), nullptr);
     EXPECT_EQ(ToIntTriple("1:2:3", a, b, c), nullptr);
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               (Strings{"ToIntTriple: wrong format\n", "ToIntTriple: wrong format\n",
                        "ToIntTriple: wrong format, missing '['\n"}));
 }
@@ -105,7 +104,7 @@ TEST(StringUtils, ToParametersArrayAcceptsAndRejects) {
     EXPECT_EQ(ToParametersArray("[3:1", ids, values), nullptr);
     EXPECT_EQ(ToParametersArray("3:1]", ids, values), nullptr);
     EXPECT_EQ(ids, (std::vector<int32_t>{1, 3, 3, 3}));
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               (Strings{"ToParametersArray: wrong format\n", "ToParametersArray: wrong format\n",
                        "ToParametersArray: wrong format\n", "ToParametersArray: wrong format\n",
                        "ToParametersArray: wrong format\n",
@@ -125,8 +124,8 @@ TEST(StringUtils, ToTagAndParametersAndFromTag) {
     EXPECT_EQ(values, (std::vector<double>{0.5, 1.0}));
     EXPECT_EQ(ToTagAndParameters("[1:2]", first, second, ids, values), nullptr);
     EXPECT_EQ(ToTagAndParameters("[1;2][3:1]", first, second, ids, values), nullptr);
-    EXPECT_EQ(ErrorTexts(capture), (Strings{"ToParametersArray: wrong format, missing '['\n",
-                                            "ToIntPair: wrong format\n"}));
+    EXPECT_EQ(capture.ErrorTexts(), (Strings{"ToParametersArray: wrong format, missing '['\n",
+                                             "ToIntPair: wrong format\n"}));
 
     capture.Clear();
     int32_t a = 0, b = 0;
@@ -143,9 +142,9 @@ TEST(StringUtils, ToTagAndParametersAndFromTag) {
     EXPECT_EQ(FromTag("[1:2][1,2]", a, b, c, d), nullptr);
     EXPECT_EQ(FromTag("[1:2] [0x1,0x2]", a, b, c, d), nullptr);
     EXPECT_EQ(FromTag("no bracket", a, b, c, d), nullptr);
-    EXPECT_EQ(ErrorTexts(capture), (Strings{"FromTag: wrong format\n", "FromTag: wrong format\n",
-                                            "FromTag: wrong format\n", "FromTag: wrong format\n",
-                                            "FromTag: wrong format, missing '['\n"}));
+    EXPECT_EQ(capture.ErrorTexts(), (Strings{"FromTag: wrong format\n", "FromTag: wrong format\n",
+                                             "FromTag: wrong format\n", "FromTag: wrong format\n",
+                                             "FromTag: wrong format, missing '['\n"}));
 }
 
 TEST(StringUtils, BracketParsersSurviveEveryTruncation) {

@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "ErrorTexts.h"
 #include "LogCapture.h"
 #include "config/ZorbAudioSettings.h"
 #include "control/HalControlManagerImpl.h"
@@ -69,7 +68,7 @@ TEST(CommandParserTest, DispatchRefusesWhatNoTableHolds) {
     EXPECT_FALSE(f.Get(Msg(1, U32(1) + std::string(8, '\0')), 64, reply));
     EXPECT_FALSE(f.Get(Msg(31, std::string(12, '\0')), 64, reply));
     EXPECT_EQ(
-        ErrorTexts(capture),
+        capture.ErrorTexts(),
         (std::vector<std::string>{"size is wrong", "do not support id -1", "do not support id 8",
                                   "invalid id 54", "do not support id -1", "do not support id 6",
                                   "do not support id 1", "do not support id 31"}));
@@ -80,7 +79,7 @@ TEST(CommandParserTest, DispatchRefusesWhatNoTableHolds) {
     unsigned int size = 8;
     char out[8];
     EXPECT_FALSE(orphan.GetCommand(f.settings.GetSettings(), "\x30\0\0\0", 4, out, size));
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               (std::vector<std::string>{"HalControlManager is null", "HalControlManager is null"}));
 }
 
@@ -93,7 +92,7 @@ TEST(CommandParserTest, FailedParsesAndManagerCallsEndTheCommand) {
     EXPECT_FALSE(f.Get(Msg(39, U32(0)), 64, reply));
     EXPECT_FALSE(f.Set(Msg(41, "\x01")));
     EXPECT_FALSE(f.Set(Msg(41, U32(1))));
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               (std::vector<std::string>{"get zbIndex fail", "not valid messageData",
                                         "handler returned error", "no valid ControlHandler",
                                         "handler returned error", "get zbIndex fail",
@@ -136,7 +135,7 @@ TEST(CommandParserTest, RepliesFitTheRoomOrTravelInPieces) {
     LogCapture capture;
     EXPECT_FALSE(f.Get(Request(3, session), 30, reply));
     EXPECT_FALSE(f.Get(Request(0, session + 1), 30, reply));
-    EXPECT_EQ(ErrorTexts(capture), (std::vector<std::string>{refused, refused}));
+    EXPECT_EQ(capture.ErrorTexts(), (std::vector<std::string>{refused, refused}));
 
     // A known session asked for a counter that is not pending.
     ASSERT_TRUE(f.Get(version, 30, reply));
@@ -149,7 +148,7 @@ TEST(CommandParserTest, RepliesFitTheRoomOrTravelInPieces) {
     EXPECT_FALSE(f.Get(Request(11, next), 30, reply));
     EXPECT_TRUE(f.Get(Request(5, next), 30, reply));
     EXPECT_EQ(
-        ErrorTexts(capture),
+        capture.ErrorTexts(),
         (std::vector<std::string>{
             "could not find matched sessionId " + std::to_string(next) + " currentMsgCounter 0",
             refused,
@@ -159,7 +158,7 @@ TEST(CommandParserTest, RepliesFitTheRoomOrTravelInPieces) {
     // A room of 20 bytes leaves a piece no data.
     capture.Clear();
     EXPECT_FALSE(f.Get(version, 20, reply));
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               std::vector<std::string>{"splitSize too small. min_allowed:20 provided:20"});
 }
 
@@ -184,7 +183,7 @@ TEST(CommandParserTest, CommandsInPiecesRunWhenTheLastPieceArrives) {
     EXPECT_FALSE(f.Set(Msg(52, U32(1) + U32(2) + U32(78) + U32(5) + "ab")));
     // The set form runs the merged command: here it fails for want of a handler.
     EXPECT_FALSE(f.Set(Piece(1, 2, 78, "cd")));
-    const std::vector<std::string> texts = ErrorTexts(capture);
+    const std::vector<std::string> texts = capture.ErrorTexts();
     ASSERT_EQ(texts.size(), 5u);
     EXPECT_EQ(texts[0], "Add: index(0/2) already exists");
     EXPECT_EQ(texts[1], "Add: index(2/2) exceeds boundary");
@@ -199,7 +198,7 @@ TEST(CommandParserTest, PiecesThatHoldPiecesOfTheirOwnSessionEnd) {
     const std::string inner = Piece(0, 1, 5, "");
     LogCapture capture;
     EXPECT_FALSE(f.Set(Piece(0, 1, 5, inner)));
-    const std::vector<std::string> texts = ErrorTexts(capture);
+    const std::vector<std::string> texts = capture.ErrorTexts();
     EXPECT_FALSE(texts.empty());
     EXPECT_EQ(texts.front(), "merged command nested deeper than 4");
 }
@@ -229,7 +228,7 @@ TEST(CommandParserTest, Base64TextInAndOut) {
     EXPECT_FALSE(parser.SetCommand(f.settings.GetSettings(), "", 0));
     EXPECT_FALSE(parser.SetCommand(f.settings.GetSettings(), "CAA!AAAA", 0));
     EXPECT_FALSE(parser.SetCommand(f.settings.GetSettings(), "CAAAAA==", 0));
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               (std::vector<std::string>{"splitSize too small. min_allowed:20 provided:6",
                                         "size is wrong", "do not support id -1", "size is wrong",
                                         "do not support id -1", "do not support id 8"}));
@@ -238,7 +237,7 @@ TEST(CommandParserTest, Base64TextInAndOut) {
     capture.Clear();
     size = 3;
     EXPECT_FALSE(parser.CopyReplyData({'a', 'b', 'c'}, reply, size));
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               std::vector<std::string>{"replySize 3 is not enough, actual size 4"});
     size = 4;
     ASSERT_TRUE(parser.CopyReplyData({'a', 'b', 'c'}, reply, size));

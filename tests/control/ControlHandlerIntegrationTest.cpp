@@ -7,9 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "../preset/PresetTestData.h"
 #include "ControlMocks.h"
-#include "ErrorTexts.h"
 #include "LogCapture.h"
 #include "config/CIniFile.h"
 #include "config/Hifi3zHalControlConfig.h"
@@ -113,12 +111,11 @@ std::vector<char> UserFile() {
     };
 }
 
-// The full merges of Music by enabled masks, and of Movie.
+// The full merges of Music by enabled masks.
 const Parameters kMusic0x6 = {{10, 1.25}, {11, -6.0}, {12, -3.0}, {20, 0.5}, {21, 2.5}};
 const Parameters kMusic0xC = {{10, 1.25}, {11, 4.0}, {12, -3.0}, {20, 8.0}, {21, 2.5}};
 const Parameters kMusic0x4 = {{10, 1.25}, {11, 4.0}, {12, -3.0}, {21, 2.5}};
 const Parameters kMusic0x2 = {{10, 1.25}, {11, -6.0}, {12, 3.0}, {20, 0.5}};
-const Parameters kMovie0x2 = {{10, 5.0}, {13, 9.0}};
 
 const std::vector<char> kVolumeBuffer{'V'};
 const std::vector<char> kPresetBuffer{'P'};
@@ -134,7 +131,7 @@ class ControlHandlerIntegrationTest : public ::testing::Test {
         ini->LoadMemory(kConfig);
         Hifi3zHalControlConfig config;
         config.ParseConfig(ini);
-        ASSERT_TRUE(ErrorTexts(capture).empty());
+        ASSERT_TRUE(capture.ErrorTexts().empty());
         ASSERT_EQ(config.GetControls().size(), 1u);
 
         const std::vector<char> system = SystemFile();
@@ -205,45 +202,6 @@ class ControlHandlerIntegrationTest : public ::testing::Test {
     std::unique_ptr<ControlHandler> handler;
 };
 
-TEST_F(ControlHandlerIntegrationTest, ModeChangesSendTheFullMergeOfTheNewPreset) {
-    // Construction: Music at 0 dB (subtype 3) and 90 degrees (subtype 2), nothing sent.
-    EXPECT_EQ(handler->GetSubtypeMasks(), 0xCu);
-    EXPECT_EQ(Current(), kMusic0xC);
-    EXPECT_TRUE(Take().sent.empty());
-
-    // Movie at 0 dB enables its sub preset; 90 degrees means nothing to it.
-    ASSERT_TRUE(handler->SetActive(1, 2));
-    EXPECT_EQ(handler->GetSubtypeMasks(), 0x2u);
-    Traffic traffic = Take();
-    EXPECT_EQ(traffic.sent, Buffers{kPresetBuffer});
-    EXPECT_EQ(traffic.generated, std::vector<Parameters>{kMovie0x2});
-
-    // A parameter set by hand lies over the preset and goes out with the whole set.
-    ASSERT_TRUE(handler->SetParameter(12, 6.0));
-    const Parameters movieWithSuper = {{10, 5.0}, {12, 6.0}, {13, 9.0}};
-    traffic = Take();
-    EXPECT_EQ(traffic.sent, Buffers{kPresetBuffer});
-    EXPECT_EQ(traffic.generated, std::vector<Parameters>{movieWithSuper});
-
-    // The current pair, by value or by -1, and an unknown pair send nothing.
-    LogCapture capture;
-    EXPECT_TRUE(handler->SetActive(ControlHandler::kCurrentMode, ControlHandler::kCurrentMode));
-    EXPECT_TRUE(handler->SetActive(1, 2));
-    EXPECT_FALSE(handler->SetActive(3, 3));
-    EXPECT_EQ(ErrorTexts(capture),
-              std::vector<std::string>{"Preset with output mode 3, sound mode 3 does not exist"});
-    EXPECT_TRUE(Take().sent.empty());
-    EXPECT_EQ(Current(), movieWithSuper);
-
-    // Back to Music: its masks return and the hand-set parameter survives the change.
-    ASSERT_TRUE(handler->SetActive(ControlHandler::kCurrentMode, 0));
-    const Parameters musicWithSuper = {{10, 1.25}, {11, 4.0}, {12, 6.0}, {20, 8.0}, {21, 2.5}};
-    traffic = Take();
-    EXPECT_EQ(traffic.sent, Buffers{kPresetBuffer});
-    EXPECT_EQ(traffic.generated, std::vector<Parameters>{musicWithSuper});
-    EXPECT_EQ(Current(), musicWithSuper);
-}
-
 TEST_F(ControlHandlerIntegrationTest, VolumeAndOrientationSwitchSubPresetsOnlyOnMaskChanges) {
     ASSERT_EQ(20.0 * std::log10(0.1), -20.0);
     LogCapture capture;
@@ -301,97 +259,7 @@ TEST_F(ControlHandlerIntegrationTest, VolumeAndOrientationSwitchSubPresetsOnlyOn
     expectTraffic(1.0, {}, {});
     EXPECT_EQ(handler->GetVolume(), 1.0);
     EXPECT_EQ(Current(), kMusic0xC);
-    EXPECT_TRUE(ErrorTexts(capture).empty());
-}
-
-TEST_F(ControlHandlerIntegrationTest, TuningWorksOnACopyThatLeavingReplacesWithTheSystemPreset) {
-    LogCapture capture;
-    ASSERT_TRUE(handler->StartTuningMode(true));
-    EXPECT_TRUE(handler->IsTuningMode());
-    EXPECT_TRUE(handler->CreateTuningData());
-    EXPECT_TRUE(capture.Has(0, "tuning data already exists"));
-    EXPECT_TRUE(Take().sent.empty());
-    EXPECT_EQ(Current(), kMusic0xC);
-
-    Parameters tuned = kMusic0xC;
-    tuned[12] = 6.0;
-    ASSERT_TRUE(handler->SetParameterFromTuning(12, 6.0));
-    EXPECT_TRUE(capture.Has(1, handler->GetDescriptionString() + " SetParameterFromTuning 12 = "
-                                                                 "6.000000"));
-    Traffic traffic = Take();
-    EXPECT_EQ(traffic.sent, Buffers{kPresetBuffer});
-    EXPECT_EQ(traffic.generated, std::vector<Parameters>{tuned});
-
-    // A mode change keeps the tuning copy: Movie sends what the tool set up.
-    ASSERT_TRUE(handler->SetActive(1, 2));
-    EXPECT_EQ(Take().generated, std::vector<Parameters>{tuned});
-    EXPECT_EQ(handler->GetSubtypeMasks(), 0x2u);
-
-    // Waiting for a flush holds the tool's change back until the flush.
-    ASSERT_TRUE(handler->WaitForFlush());
-    tuned[30] = 1.0;
-    ASSERT_TRUE(handler->SetParametersArrayFromTuning({{30, 1.0}}, false));
-    EXPECT_TRUE(Take().sent.empty());
-    ASSERT_TRUE(handler->Flush());
-    EXPECT_EQ(Take().generated, std::vector<Parameters>{tuned});
-
-    // Leaving sends the system preset of the current pair, once.
-    ASSERT_TRUE(handler->StartTuningMode(false));
-    EXPECT_FALSE(handler->IsTuningMode());
-    traffic = Take();
-    EXPECT_EQ(traffic.sent, Buffers{kPresetBuffer});
-    EXPECT_EQ(traffic.generated, std::vector<Parameters>{kMovie0x2});
-    EXPECT_TRUE(handler->ClearTuningData());
-    EXPECT_TRUE(capture.Has(0, "tuning data does not exist"));
-    EXPECT_TRUE(Take().sent.empty());
-    EXPECT_TRUE(ErrorTexts(capture).empty());
-}
-
-TEST_F(ControlHandlerIntegrationTest, FullPresetAndLinkLawsFromTheTool) {
-    ASSERT_TRUE(handler->CreateTuningData());
-    TesselTuning::FullPreset preset;
-    ASSERT_TRUE(handler->SetFullPresetFromTuning(preset));
-    EXPECT_TRUE(Take().sent.empty());
-
-    // Parameters go out, then the chunk goes out again with the laws in force.
-    preset.hasParameters = true;
-    preset.parameters = {{100, 1.0}, {2821, 1.0}};
-    preset.hasLlChunk = true;
-    preset.llChunk = LawOnTarget100();
-    preset.hasLlSources = true;
-    preset.llSources = {{0, 40.0}};
-    ASSERT_TRUE(handler->SetFullPresetFromTuning(preset));
-    Parameters base = kMusic0xC;
-    base[100] = 1.0;
-    base[2821] = 1.0;
-    EXPECT_EQ(Take().generated, (std::vector<Parameters>{base, base}));
-
-    // The sources of the record were not used; a source value brings the law in.
-    ASSERT_TRUE(handler->SetLinkLawsValue(0, 40.0));
-    Parameters linked = base;
-    linked[100] = 4.0;
-    linked[2800] = 40.0;
-    EXPECT_EQ(Take().generated, std::vector<Parameters>{linked});
-    std::vector<LinkLawEntry> entries;
-    ASSERT_TRUE(handler->GetLinkLawEntries(entries));
-    ASSERT_EQ(entries.size(), 1u);
-    EXPECT_EQ(entries[0].SourceControlId, 0u);
-    std::vector<char> chunk;
-    ASSERT_TRUE(handler->GetChunk(ZBAC_LINKLAWS, chunk));
-    EXPECT_EQ(chunk, LawOnTarget100());
-
-    // Simulation folds the law's values and then ignores the source.
-    ASSERT_TRUE(handler->SetParameterFromTuning(2820, 1.0));
-    linked[2820] = 1.0;
-    EXPECT_EQ(Take().generated, std::vector<Parameters>{linked});
-    ASSERT_TRUE(handler->SetLinkLawsValue(0, 90.0));
-    EXPECT_EQ(Take().generated, std::vector<Parameters>{linked});
-
-    // The system presets have no laws: after tuning the view is the plain preset again.
-    ASSERT_TRUE(handler->ClearTuningData());
-    EXPECT_EQ(Take().generated, std::vector<Parameters>{kMusic0xC});
-    ASSERT_TRUE(handler->GetLinkLawEntries(entries));
-    EXPECT_TRUE(entries.empty());
+    EXPECT_TRUE(capture.ErrorTexts().empty());
 }
 
 }  // namespace

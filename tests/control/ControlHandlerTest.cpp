@@ -1,12 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <limits>
-
 #include "../preset/PresetTestData.h"
 #include "ControlMocks.h"
-#include "ErrorTexts.h"
 #include "LogCapture.h"
 #include "config/OrientationPolicy.h"
 #include "control/ControlHandler.h"
@@ -18,28 +14,11 @@ namespace {
 
 using ::testing::_;
 using ::testing::DoAll;
-using ::testing::DoubleNear;
 using ::testing::Invoke;
 using ::testing::NiceMock;
 using ::testing::Return;
-using ::testing::SaveArg;
 using ::testing::SetArgReferee;
-using ::testing::Truly;
 using Buffers = std::vector<std::vector<char>>;
-
-const double kMinusInfinity = -std::numeric_limits<double>::infinity();
-
-class MockParametersListener : public IParametersAndChunksChangedListener {
-  public:
-    MOCK_METHOD(void, OnParametersChanged, ((const std::map<unsigned int, double>&)), (override));
-    MOCK_METHOD(void, OnChunksChanged, ((const std::map<unsigned int, std::vector<char>>&)),
-                (override));
-};
-
-class MockVolumeListener : public IVolumeTableHelper::VolumeChangedListener {
-  public:
-    MOCK_METHOD(bool, OnVolumeChanged, (const double&), (override));
-};
 
 /// A handler over fakes. The generator writes recognisable buffers: enable 'E', bypass 'B',
 /// swap 'S' with the value byte; system volume 'V' with its flag; a parameter set 'P' with
@@ -145,23 +124,12 @@ class ControlHandlerTest : public ::testing::Test {
 
 const std::vector<char> kParameters{'P', 2};
 
-TEST_F(ControlHandlerTest, ConstructionTakesTheFirstPresetAndSendsNothing) {
+TEST_F(ControlHandlerTest, ConstructionDumpsAndTheVolumeListenerLivesAsLongAsTheHandler) {
     IVolumeTableHelper::VolumeChangedListener* listener = nullptr;
-    EXPECT_CALL(*volumeTableHelper, SetListener(_)).WillOnce(SaveArg<0>(&listener));
-    EXPECT_CALL(*presetSet, RequestPresetHandle(0u, 0u)).Times(1);
-    EXPECT_CALL(*volumePolicy, GetSubtypeMaskForVolume("Music", DoubleNear(-6.0206, 1e-4)));
-    EXPECT_CALL(*sender, Send(_, _)).Times(0);
+    EXPECT_CALL(*volumeTableHelper, SetListener(_)).WillOnce(::testing::SaveArg<0>(&listener));
     LogCapture capture;
     Make();
-
     EXPECT_EQ(listener, static_cast<IVolumeTableHelper::VolumeChangedListener*>(handler.get()));
-    EXPECT_EQ(handler->GetVolume(), 0.5);
-    EXPECT_EQ(handler->GetSubtypeMasks(), 6u);  // volume 2, orientation 4 at the default 90
-    EXPECT_TRUE(handler->GetEnable());
-    EXPECT_FALSE(handler->GetBypass());
-    EXPECT_FALSE(handler->GetLrSwap());
-    EXPECT_FALSE(handler->IsTuningMode());
-    EXPECT_EQ(handler->GetDescriptionString(), "ControlHandler[sm=0;om=0;INSTANCE=0;] :");
     const auto texts = capture.Texts(1);
     ASSERT_GE(texts.size(), 3u);
     EXPECT_EQ(
@@ -169,15 +137,6 @@ TEST_F(ControlHandlerTest, ConstructionTakesTheFirstPresetAndSendsNothing) {
         (std::vector<std::string>{
             "virtual void TesselFX::ControlHandler::Dump() const ==== start ====", "INSTANCE=0;",
             "virtual void TesselFX::ControlHandler::Dump() const ====  end  ===="}));
-
-    std::vector<unsigned int> ids;
-    std::vector<double> values;
-    EXPECT_TRUE(handler->GetParametersArray({100, 5, 1}, ids, values));
-    EXPECT_EQ(ids, (std::vector<unsigned int>{100, 1}));
-    EXPECT_EQ(values, (std::vector<double>{0.0, 0.0}));
-    EXPECT_TRUE(handler->GetParametersArray({}, ids, values));
-    EXPECT_TRUE(ids.empty() && values.empty());
-
     EXPECT_CALL(*volumeTableHelper, ClearListener()).Times(1);
     handler.reset();
 }
@@ -188,7 +147,7 @@ TEST_F(ControlHandlerTest, WithoutPresetsReadsFail) {
     LogCapture capture;
     Make();
     EXPECT_EQ(
-        ErrorTexts(capture),
+        capture.ErrorTexts(),
         std::vector<std::string>{"ControlHandler Supported preset is not defined. Please make "
                                  "sure it's added to the config file."});
     capture.Clear();
@@ -198,9 +157,9 @@ TEST_F(ControlHandlerTest, WithoutPresetsReadsFail) {
     EXPECT_FALSE(handler->GetChunk(1, chunk));
     EXPECT_FALSE(handler->SetCurrentPreset());
     EXPECT_TRUE(handler->SetActive(0, 0));
-    EXPECT_EQ(ErrorTexts(capture), (std::vector<std::string>{"no valid parameters could be got",
-                                                             "no valid chunk could be got",
-                                                             "no valid parameters could be got"}));
+    EXPECT_EQ(capture.ErrorTexts(), (std::vector<std::string>{"no valid parameters could be got",
+                                                              "no valid chunk could be got",
+                                                              "no valid parameters could be got"}));
     EXPECT_TRUE(sent.empty());
 }
 
@@ -232,7 +191,7 @@ TEST_F(ControlHandlerTest, SetActiveChangesOnlyToAnotherKnownPair) {
     EXPECT_FALSE(handler->SetSoundMode(7));
     EXPECT_FALSE(handler->SetOutputMode(7));
     EXPECT_FALSE(handler->SetOutputMode(1));  // (1, 1) is not a preset
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               (std::vector<std::string>{"Preset with output mode 5, sound mode 9 does not exist",
                                         "not supported sound mode 7", "not supported output mode 7",
                                         "not supported output mode 1"}));
@@ -249,7 +208,7 @@ TEST_F(ControlHandlerTest, WaitForFlushHoldsEverySendUntilFlush) {
     Make();
     LogCapture capture;
     EXPECT_FALSE(handler->Flush());
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               std::vector<std::string>{"Must call WaitForFlush before call Flush"});
 
     EXPECT_TRUE(handler->WaitForFlush());
@@ -268,7 +227,7 @@ TEST_F(ControlHandlerTest, WaitForFlushHoldsEverySendUntilFlush) {
     sent.clear();
     capture.Clear();
     EXPECT_FALSE(handler->Flush());
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               std::vector<std::string>{"Must call WaitForFlush before call Flush"});
     EXPECT_TRUE(sent.empty());
 }
@@ -280,7 +239,7 @@ TEST_F(ControlHandlerTest, AFailedSendKeepsTheNewState) {
     EXPECT_FALSE(handler->SetEnable(false));
     EXPECT_FALSE(handler->SetBypass(true));
     EXPECT_FALSE(handler->SetActive(0, 1));
-    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>(3, "SendBufferToDsp fail"));
+    EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>(3, "SendBufferToDsp fail"));
     EXPECT_FALSE(handler->GetEnable());
     EXPECT_TRUE(handler->GetBypass());
     EXPECT_EQ(handler->GetDescriptionString(), "ControlHandler[sm=1;om=0;INSTANCE=0;] :");
@@ -312,49 +271,23 @@ TEST_F(ControlHandlerTest, SetOrientationSucceedsEvenWhenTheSendFails) {
     EXPECT_TRUE(capture.Has(1,
                             "ControlHandler::SetOrientation Subtype changed for new "
                             "orientation, applying new preset."));
-    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>{"SendBufferToDsp fail"});
+    EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>{"SendBufferToDsp fail"});
     EXPECT_EQ(handler->GetSubtypeMasks(), 2u);
 }
 
-TEST_F(ControlHandlerTest, SetVolumeOfZeroPassesMinusInfinityOn) {
-    Make();
-    auto volumeListener = std::make_shared<MockVolumeListener>();
-    handler->RegisterVolumeChangedListener(volumeListener);
-    auto isMinusInfinity = [](auto value) { return std::isinf(value) && value < 0; };
-    EXPECT_CALL(*volumePolicy, GetSubtypeMaskForVolume("Music", Truly(isMinusInfinity)))
-        .WillOnce(Return(2u));
-    EXPECT_CALL(*converter, Convert(Truly(isMinusInfinity), _)).WillOnce(Return(false));
-    EXPECT_CALL(*volumeListener, OnVolumeChanged(kMinusInfinity)).WillOnce(Return(true));
-    LogCapture capture;
-    EXPECT_TRUE(handler->SetVolume(0.0));
-    EXPECT_TRUE(capture.Has(1,
-                            "ControlHandler[sm=0;om=0;INSTANCE=0;] : SetVolume volume "
-                            "0.000000 volumeDb -infdB"));
-    // Neither the mask nor a link law moved: only the system volume goes out.
-    EXPECT_EQ(sent, (Buffers{{'V', 1}}));
-    EXPECT_EQ(handler->GetVolume(), 0.0);
-}
-
-TEST_F(ControlHandlerTest, SetVolumeSendsThePresetWhenTheMaskOrALinkLawMoves) {
+TEST_F(ControlHandlerTest, ALinkLawValueFromTheVolumeSurvivesAModeChange) {
     Make();
     EXPECT_CALL(*converter, Convert(_, _)).WillRepeatedly(Return(false));
-    EXPECT_CALL(*volumePolicy, GetSubtypeMaskForVolume(_, _)).WillRepeatedly(Return(2u));
     EXPECT_CALL(*converter, Convert(::testing::FloatNear(-20.0f, 1e-5f), _))
         .WillOnce(DoAll(SetArgReferee<1>(0.25f), Return(true)));
     EXPECT_CALL(*Handle(0, 0), SetLinkLawValue(0u, 0.25)).WillOnce(Return(true));
     LogCapture capture;
     EXPECT_TRUE(handler->SetVolume(0.1));
+    EXPECT_TRUE(capture.Has(1,
+                            "ControlHandler[sm=0;om=0;INSTANCE=0;] : SetVolume volume 0.100000 "
+                            "volumeDb -20.000000dB"));
     EXPECT_TRUE(capture.Has(
         1, "ControlHandler::SetVolume trigger LL for new volume, applying new preset."));
-    EXPECT_EQ(sent, (Buffers{{'V', 1}, kParameters}));
-
-    sent.clear();
-    EXPECT_CALL(*volumePolicy, GetSubtypeMaskForVolume("Music", _)).WillOnce(Return(8u));
-    EXPECT_CALL(*Handle(0, 0), SetSubtypeMasks(12u)).WillOnce(Return(true));
-    EXPECT_TRUE(handler->SetVolume(0.2));
-    EXPECT_TRUE(capture.Has(
-        1, "CoppHandle::SetVolume Subtype changed for new volume, applying new preset."));
-    EXPECT_EQ(sent, (Buffers{{'V', 1}, kParameters}));
 
     // The link-law value survives a mode change: the new handle gets it again.
     EXPECT_CALL(*presetSet, RequestPresetHandle(0u, 1u)).WillOnce(Invoke([this](auto, auto) {
@@ -382,7 +315,7 @@ TEST_F(ControlHandlerTest, ParameterBuffersAreAllTriedAndSentAsGenerated) {
     LogCapture capture;
     EXPECT_FALSE(handler->SetParametersArray({{100, 3.0}}, true));
     EXPECT_EQ(sent, frames);
-    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>{"SendBufferToDsp fail"});
+    EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>{"SendBufferToDsp fail"});
 
     EXPECT_CALL(*generator, MakeSetParameterArrayBuffer(_, _, false))
         .WillOnce(Return(kStatusBadValue));
@@ -409,7 +342,7 @@ TEST_F(ControlHandlerTest, MissingGeneratorsMakeControlsSucceedWithoutSending) {
     EXPECT_FALSE(handler->GetDspVersion(version));
 }
 
-TEST_F(ControlHandlerTest, GetMetersAndGetDspVersionExchangeWithTheDsp) {
+TEST_F(ControlHandlerTest, FailedMeterAndVersionExchangesAreLogged) {
     Make();
     const std::map<uint32_t, CMeterInfo> infos{{7, CMeterInfo(7, CMeterInfo::kTypeFloat, 1)}};
     std::map<uint32_t, CMeterValue> values{{7, CMeterValue(1.5f)}};
@@ -417,84 +350,24 @@ TEST_F(ControlHandlerTest, GetMetersAndGetDspVersionExchangeWithTheDsp) {
         .WillByDefault(DoAll(SetArgReferee<0>(std::vector<char>{4, 0, 0, 0}), Return(kStatusOk)));
     LogCapture capture;
 
-    // A DSP that does not answer leaves the values and is no failure.
-    EXPECT_CALL(*sender, SendAndReceive(_, std::vector<char>{4, 0, 0, 0}, _))
-        .WillOnce(Return(false));
-    EXPECT_CALL(*parser, ParseReplyMetersBuffer(_, _, _)).Times(0);
-    EXPECT_TRUE(handler->GetMeters(infos, values));
-    EXPECT_EQ(values.at(7).GetFloat(), 1.5f);
-    EXPECT_TRUE(capture.Has(1, "SendBufferToDsp fail"));
-    EXPECT_TRUE(ErrorTexts(capture).empty());
-    ::testing::Mock::VerifyAndClearExpectations(parser.get());
-
     const std::vector<char> reply{3, 0, 0, 0, 0, 0, 0, 0};
     EXPECT_CALL(*sender, SendAndReceive(_, _, _))
         .WillRepeatedly(DoAll(SetArgReferee<2>(reply), Return(true)));
-    EXPECT_CALL(*parser, ParseReplyMetersBuffer(reply, infos, _))
-        .WillOnce(Return(kStatusOk))
-        .WillOnce(Return(kStatusBadValue));
-    EXPECT_TRUE(handler->GetMeters(infos, values));
+    EXPECT_CALL(*parser, ParseReplyMetersBuffer(reply, infos, _)).WillOnce(Return(kStatusBadValue));
     EXPECT_FALSE(handler->GetMeters(infos, values));
     EXPECT_CALL(*generator, MakeGetMetersBuffer(_, _)).WillOnce(Return(kStatusBadValue));
     EXPECT_FALSE(handler->GetMeters(infos, values));
-    EXPECT_EQ(ErrorTexts(capture), (std::vector<std::string>{"ParseReplyMetersBuffer fail",
-                                                             "MakeGetMetersBuffer fail"}));
+    EXPECT_EQ(capture.ErrorTexts(), (std::vector<std::string>{"ParseReplyMetersBuffer fail",
+                                                              "MakeGetMetersBuffer fail"}));
 
     capture.Clear();
     EXPECT_CALL(*generator, MakeGetVersionBuffer(_))
         .WillRepeatedly(DoAll(SetArgReferee<0>(std::vector<char>{5, 0, 0, 0}), Return(kStatusOk)));
-    EXPECT_CALL(*parser, ParseReplyVersionBuffer(reply, _))
-        .WillOnce(DoAll(SetArgReferee<1>(std::string("2.0.1")), Return(kStatusOk)));
     std::string version;
-    EXPECT_TRUE(handler->GetDspVersion(version));
-    EXPECT_EQ(version, "2.0.1");
     EXPECT_CALL(*sender, SendAndReceive(_, std::vector<char>{5, 0, 0, 0}, _))
         .WillOnce(Return(false));
     EXPECT_FALSE(handler->GetDspVersion(version));
-    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>{"SendBufferToDsp fail"});
-}
-
-TEST_F(ControlHandlerTest, OnlyCallerChangesAreAnnouncedAndOnlyWhenTheyDiffer) {
-    Make();
-    auto listener = std::make_shared<MockParametersListener>();
-    handler->RegisterParametersAndChunksChangedListener(listener);
-    const std::map<unsigned int, std::vector<char>> linkLaws{{1, {'L', 'L'}}};
-
-    // The first send announces the parameters; chunks only when a change set their flag.
-    EXPECT_CALL(*listener,
-                OnParametersChanged(std::map<unsigned int, double>{{1, 0.0}, {100, 0.0}}));
-    EXPECT_CALL(*listener, OnChunksChanged(_)).Times(0);
-    EXPECT_TRUE(handler->SetParameter(100, 2.0));
-    ::testing::Mock::VerifyAndClearExpectations(listener.get());
-
-    // The same set again is no change.
-    EXPECT_CALL(*listener, OnParametersChanged(_)).Times(0);
-    EXPECT_TRUE(handler->SetParameter(100, 2.0));
-    ::testing::Mock::VerifyAndClearExpectations(listener.get());
-
-    // A mode change sets both flags; the chunks equal the last ones.
-    EXPECT_CALL(*listener,
-                OnParametersChanged(std::map<unsigned int, double>{{1, 0.0}, {100, 1.0}}));
-    EXPECT_CALL(*listener, OnChunksChanged(_)).Times(0);
-    EXPECT_TRUE(handler->SetActive(0, 1));
-    ::testing::Mock::VerifyAndClearExpectations(listener.get());
-
-    // Without a caller change nothing is announced, but the baseline moves.
-    const std::map<unsigned int, double> other{{1, 1.0}};
-    EXPECT_CALL(*listener, OnParametersChanged(_)).Times(0);
-    handler->NotifyParametersAndChunksChanged(other, {});
-    ::testing::Mock::VerifyAndClearExpectations(listener.get());
-
-    // Two empty chunk maps count as different.
-    EXPECT_CALL(*listener, OnChunksChanged(std::map<unsigned int, std::vector<char>>{})).Times(1);
-    EXPECT_CALL(*listener, OnParametersChanged(_)).Times(0);
-    handler->SetEnable(true);
-    handler->NotifyParametersAndChunksChanged(other, {});
-    ::testing::Mock::VerifyAndClearExpectations(listener.get());
-
-    EXPECT_CALL(*listener, OnChunksChanged(linkLaws)).Times(1);
-    handler->SetBypass(false);
-    handler->NotifyParametersAndChunksChanged(other, linkLaws);
+    EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>{"SendBufferToDsp fail"});
 }
 
 TEST_F(ControlHandlerTest, FromTuningCallsNeedTuningData) {
@@ -508,18 +381,25 @@ TEST_F(ControlHandlerTest, FromTuningCallsNeedTuningData) {
     EXPECT_TRUE(handler->SetFullPresetFromTuning(preset));
     preset.hasLlChunk = true;
     EXPECT_FALSE(handler->SetFullPresetFromTuning(preset));
-    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>(5, "tuning is not active yet"));
+    EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>(5, "tuning is not active yet"));
     EXPECT_TRUE(handler->StartTuningMode(false));
     EXPECT_TRUE(capture.Has(0, "tuning data does not exist"));
     EXPECT_FALSE(handler->IsTuningMode());
     EXPECT_TRUE(sent.empty());
+
+    EXPECT_TRUE(handler->StartTuningMode(true));
+    EXPECT_TRUE(handler->CreateTuningData());
+    EXPECT_TRUE(capture.Has(0, "tuning data already exists"));
+    EXPECT_TRUE(handler->SetParameterFromTuning(1, 0.5));
+    EXPECT_TRUE(
+        capture.Has(1, handler->GetDescriptionString() + " SetParameterFromTuning 1 = 0.500000"));
 }
 
 TEST_F(ControlHandlerTest, WithoutAPresetTuningStartsFromTheLinkLawValues) {
     description = MakeDescription({});
     LogCapture capture;
     Make();
-    ASSERT_EQ(ErrorTexts(capture),
+    ASSERT_EQ(capture.ErrorTexts(),
               std::vector<std::string>{"ControlHandler Supported preset is not defined. Please "
                                        "make sure it's added to the config file."});
     EXPECT_TRUE(handler->SetLinkLawsValueImpl(0, 30.0));

@@ -30,7 +30,6 @@
 #include "preset/IPresetHandle.h"
 #include "preset/IPresetSet.h"
 #include "preset/SuperPreset.h"
-#include "protocol/IHalControlCommandParser.h"
 
 namespace TesselFX {
 namespace test {
@@ -231,26 +230,6 @@ class MockDspBufferSender : public IDspBufferSender {
                  std::vector<char>&),
                 (override));
     MOCK_METHOD(void, DumpBufferToDsp, (const std::vector<char>&), (override));
-};
-
-class MockCommandParser : public IHalControlCommandParser {
-  public:
-    MOCK_METHOD(bool, SetCommand, (const zorbaudio_settings_t*, const char*, unsigned int),
-                (override));
-    MOCK_METHOD(bool, GetCommand,
-                (const zorbaudio_settings_t*, const char*, unsigned int, char*, unsigned int&),
-                (override));
-    MOCK_METHOD(void, SetHalControlManager, (const std::shared_ptr<IHalControlManager>&),
-                (override));
-    MOCK_METHOD(bool, SetCommandFromMessageDataBuffer,
-                (const zorbaudio_settings_t*, const char*, unsigned int), (override));
-    MOCK_METHOD(bool, GetCommandFromMessageDataBuffer,
-                (const zorbaudio_settings_t*, const char*, unsigned int, std::vector<char>&),
-                (override));
-    MOCK_METHOD(bool, IsSplitRequired, (const std::vector<char>&, unsigned int), (override));
-    MOCK_METHOD(bool, SplitReplyData, (const std::vector<char>&, unsigned int, std::vector<char>&),
-                (override));
-    MOCK_METHOD(bool, CopyReplyData, (const std::vector<char>&, char*, unsigned int&), (override));
 };
 
 /// A generator that offers every interface that the base control handler uses.

@@ -43,9 +43,7 @@ class FakeGeneratorV2 : public IControlBufferGenerator, public ISetParameterArra
 /// Records what was sent; fails the send whose number (from 0) is failAt.
 class RecordingSender : public IDspBufferSender {
   public:
-    bool Send(const std::shared_ptr<CommonSettings>& settings,
-              const std::vector<char>& buffer) override {
-        lastSettings = settings;
+    bool Send(const std::shared_ptr<CommonSettings>&, const std::vector<char>& buffer) override {
         if (static_cast<int>(attempts++) == failAt) return false;
         sent.push_back(buffer);
         return true;
@@ -56,7 +54,6 @@ class RecordingSender : public IDspBufferSender {
     }
     void DumpBufferToDsp(const std::vector<char>&) override {}
     std::vector<std::vector<char>> sent;
-    std::shared_ptr<CommonSettings> lastSettings;
     unsigned attempts = 0;
     int failAt = -1;
 };
@@ -94,71 +91,6 @@ struct Hifi3zHandlerTest : ::testing::Test {
     std::shared_ptr<FakeGeneratorV2> generator = std::make_shared<FakeGeneratorV2>();
     std::shared_ptr<RecordingSender> sender = std::make_shared<RecordingSender>();
 };
-
-TEST_F(Hifi3zHandlerTest, ConstructionPrimesTheGeneratorWithoutSending) {
-    auto handler = Make();
-    ASSERT_EQ(generator->calls.size(), 1u);
-    EXPECT_EQ(generator->calls[0].parameters, presetValues);
-    EXPECT_FALSE(generator->calls[0].onlyChanged);
-    EXPECT_TRUE(sender->sent.empty());
-}
-
-TEST_F(Hifi3zHandlerTest, FirstSendIsFullLaterOnesOnlyChangedAndWakeUpMakesTheNextFull) {
-    auto handler = Make();
-    ASSERT_TRUE(handler->SetCurrentPreset());
-    ASSERT_TRUE(handler->SetCurrentPreset());
-    ASSERT_EQ(generator->calls.size(), 3u);
-    EXPECT_FALSE(generator->calls[1].onlyChanged);
-    EXPECT_TRUE(generator->calls[2].onlyChanged);
-    const std::vector<std::vector<char>> twice{{'a'}, {'b'}, {'c'}, {'a'}, {'b'}, {'c'}};
-    EXPECT_EQ(sender->sent, twice);
-    EXPECT_EQ(sender->lastSettings, description->GetSettings());
-
-    // A wake-up sends the whole current preset at once, as a full send.
-    ASSERT_TRUE(handler->OnDspWakeUp());
-    ASSERT_EQ(generator->calls.size(), 4u);
-    EXPECT_FALSE(generator->calls[3].onlyChanged);
-    EXPECT_EQ(generator->calls[3].parameters, presetValues);
-    EXPECT_EQ(sender->sent.size(), 9u);
-    ASSERT_TRUE(handler->SetCurrentPreset());
-    EXPECT_TRUE(generator->calls[4].onlyChanged);
-}
-
-TEST_F(Hifi3zHandlerTest, WakeUpWhileWaitingForFlushSendsNothingAndFlushSendsAFullSet) {
-    auto handler = Make();
-    ASSERT_TRUE(handler->SetCurrentPreset());
-    ASSERT_TRUE(handler->WaitForFlush());
-    ASSERT_TRUE(handler->OnDspWakeUp());
-    ASSERT_TRUE(handler->SetEnable(false));
-    EXPECT_EQ(generator->calls.size(), 2u);
-    EXPECT_EQ(sender->sent.size(), 3u);
-
-    ASSERT_TRUE(handler->Flush());
-    ASSERT_EQ(generator->calls.size(), 3u);
-    EXPECT_FALSE(generator->calls[2].onlyChanged);
-    // The flush carries the disabled state inside parameter 1, and nothing else is sent.
-    EXPECT_EQ(generator->calls[2].parameters, (Parameters{{1, 1.0}, {7, 3.5}}));
-    EXPECT_EQ(sender->sent.size(), 6u);
-}
-
-TEST_F(Hifi3zHandlerTest, EnableAndBypassTravelAsParameterOne) {
-    auto handler = Make();
-    ASSERT_TRUE(handler->SetEnable(false));
-    ASSERT_TRUE(handler->SetEnable(true));
-    ASSERT_TRUE(handler->SetBypass(true));
-    ASSERT_TRUE(handler->SetEnable(false));
-    ASSERT_TRUE(handler->SetBypass(false));
-    ASSERT_EQ(generator->calls.size(), 6u);
-    EXPECT_EQ(generator->calls[1].parameters, (Parameters{{1, 1.0}}));
-    EXPECT_EQ(generator->calls[2].parameters, (Parameters{{1, 0.0}}));
-    EXPECT_EQ(generator->calls[3].parameters, (Parameters{{1, 1.0}}));
-    EXPECT_EQ(generator->calls[4].parameters, (Parameters{{1, 1.0}}));
-    EXPECT_EQ(generator->calls[5].parameters, (Parameters{{1, 1.0}}));
-    // Bypass off with enable off still passes audio unprocessed.
-    EXPECT_DOUBLE_EQ(handler->GetEnableBypassParameterValue(), 1.0);
-    ASSERT_TRUE(handler->SetEnable(true));
-    EXPECT_DOUBLE_EQ(handler->GetEnableBypassParameterValue(), 0.0);
-}
 
 TEST_F(Hifi3zHandlerTest, OnlyAPresetValueOfExactlyZeroTakesTheHandlersState) {
     auto handler = Make();

@@ -2,14 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstdlib>
 #include <cstring>
 
 #include "AndroidLogFake.h"
 #include "DspKitSim.h"
 #include "dsp/Hifi3ControlBufferGenerator.h"
-#include "dsp/Hifi3ReplyBufferParser.h"
 #include "dsp/ZorbEffectCoefsConverter.h"
 #include "dsp/ZorbEffectWrapper.h"
 
@@ -302,7 +300,7 @@ std::vector<float> ProcessOnDsp(IZorbEffectWrapper& dsp, std::vector<float> samp
     return samples;
 }
 
-TEST(ZorbEffectWrapper, HostBlocksDriveTheDspSideThroughFramesAndMeters) {
+TEST(ZorbEffectWrapper, HostBlocksDriveTheDspSideThroughFrames) {
     auto host = LoadInitialized();
     auto dsp = LoadInitialized();
     ASSERT_NE(host, nullptr);
@@ -333,65 +331,6 @@ TEST(ZorbEffectWrapper, HostBlocksDriveTheDspSideThroughFramesAndMeters) {
     EXPECT_NEAR(out[2], 0.5 * 0.083305196654, 1e-6);
     EXPECT_NEAR(out[4], 0.5 * 0.073866031718, 1e-6);
     EXPECT_EQ(out[1], 0.0f);
-
-    // The DSP's meter answer, read back through the host copy.
-    Hifi3ControlBufferGenerator requests(nullptr);
-    std::vector<char> request;
-    requests.MakeGetMetersBuffer(request, {});
-    std::vector<char> reply(16000);
-    unsigned replySize = static_cast<unsigned>(reply.size());
-    ASSERT_TRUE(dsp->Message(request.data(), 4, reply.data(), &replySize));
-    reply.resize(replySize);
-    EXPECT_EQ(replySize, 8u + 4 + 4 * 8);
-
-    Hifi3ReplyBufferParser parser(host);
-    std::map<uint32_t, CMeterValue> values;
-    ASSERT_EQ(parser.ParseReplyMetersBuffer(reply,
-                                            {{10, CMeterInfo(0, CMeterInfo::kTypeFloat, 1)},
-                                             {11, CMeterInfo(1, CMeterInfo::kTypeFloat, 1)},
-                                             {12, CMeterInfo(2, CMeterInfo::kTypeInteger, 1)}},
-                                            values),
-              0);
-    ASSERT_EQ(values.size(), 3u);
-    EXPECT_NEAR(values[10].GetFloat(), 0.5 * 1.043953086990, 1e-6);  // left peak
-    // Left RMS over three frames.
-    const double h0 = 0.5 * 1.043953086990, h1 = 0.5 * 0.083305196654, h2 = 0.5 * 0.073866031718;
-    EXPECT_NEAR(values[11].GetFloat(), std::sqrt((h0 * h0 + h1 * h1 + h2 * h2) / 3), 1e-6);
-    EXPECT_EQ(values[12].GetUInt32(), 0u);  // right peak 0 as integer
-
-    // The version request is answered with the revision text.
-    requests.MakeGetVersionBuffer(request);
-    reply.assign(16000, 0);
-    replySize = static_cast<unsigned>(reply.size());
-    ASSERT_TRUE(dsp->Message(request.data(), 4, reply.data(), &replySize));
-    reply.resize(replySize);
-    std::string version;
-    EXPECT_EQ(parser.ParseReplyVersionBuffer(reply, version), 0);
-    EXPECT_EQ(version, "DspKitSim 1.00 stand-in");
-}
-
-TEST(ZorbEffectWrapper, ManyParametersFillSeveralFramesWithinTheLimit) {
-    auto host = LoadInitialized();
-    ASSERT_NE(host, nullptr);
-    auto converter = std::make_shared<ZorbEffectCoefsConverter>(host);
-    ASSERT_TRUE(converter->InitCheck());
-    Hifi3ControlBufferGenerator generator(converter);
-    std::map<unsigned int, double> parameters;
-    for (unsigned id = 1024; id < 1024 + 16 * 300; id += 8) parameters[id] = id;
-    std::vector<std::vector<char>> frames;
-    ASSERT_EQ(generator.MakeSetParameterArrayBufferV2(frames, parameters, false), 0);
-    // 300 generic blocks of 72 bytes: 222 fit in a frame.
-    ASSERT_EQ(frames.size(), 2u);
-    EXPECT_EQ(frames[0].size(), 8u + 222 * 72);
-    EXPECT_EQ(frames[1].size(), 8u + 78 * 72);
-
-    auto dsp = LoadInitialized();
-    ASSERT_NE(dsp, nullptr);
-    for (const auto& frame : frames) {
-        unsigned size = 0;
-        EXPECT_TRUE(
-            dsp->Message(frame.data(), static_cast<unsigned>(frame.size()), nullptr, &size));
-    }
 }
 
 }  // namespace

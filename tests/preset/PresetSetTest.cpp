@@ -12,6 +12,7 @@ namespace TesselFX {
 namespace {
 
 using test::LogCapture;
+using test::RecordingListener;
 
 std::shared_ptr<IPreset> MakePreset(PresetMap& map, uint32_t om, uint32_t sm, uint32_t mask,
                                     uint8_t priority, std::map<unsigned int, double> parameters,
@@ -179,14 +180,6 @@ TEST(PresetSet, ClearsParametersAndSetsChunksByMask) {
     EXPECT_TRUE(capture.Has(4, "invalid outputMode 3 soundMode 3"));
 }
 
-class CountingHandleListener : public IPresetHandleListener {
-  public:
-    void OnPresetHandleChanged(unsigned int om, unsigned int sm) override {
-        calls.push_back(OmSm{om, sm});
-    }
-    std::vector<OmSm> calls;
-};
-
 TEST(PresetSet, EnablesSubtypesAndTellsHandles) {
     LogCapture capture;
     auto set = MakeSet();
@@ -220,7 +213,7 @@ TEST(PresetSet, EnablesSubtypesAndTellsHandles) {
     EXPECT_TRUE(capture.Has(1, "RequestPresetHandle 1 1"));
     EXPECT_EQ(first->GetSubtypeMasks(), 4u);
     EXPECT_EQ(first->GetSupportedSubtypeMasks(), 5u);
-    CountingHandleListener firstListener, secondListener;
+    RecordingListener firstListener, secondListener;
     first->SetListener(&firstListener);
     second->SetListener(&secondListener);
     first->GetAllParameters();
@@ -263,7 +256,7 @@ TEST(PresetSet, ReplacesAndClearsPresets) {
     ASSERT_TRUE(set->SetSubtypeMasks(1, 1, 1));
     ASSERT_TRUE(set->SetParameter(60, 6.0, 1, 1, 0, false));
     auto handle = set->RequestPresetHandle(1, 1);
-    CountingHandleListener listener;
+    RecordingListener listener;
     handle->SetListener(&listener);
 
     // Clearing user presets: changes fail until the next SetPresets; the live handle keeps

@@ -2,6 +2,9 @@
 
 #include <vector>
 
+#include "preset/IPresetHandleListener.h"
+#include "preset/OmSm.h"
+
 namespace TesselFX {
 namespace test {
 
@@ -30,6 +33,15 @@ inline std::vector<char> ClearingMarker() {
             m1,   m1,  m1, m1, m1, m1, 6, 0, 0,  0,  'L', 'i', 'n',     'e',
             'a',  'r', 0,  0,  0,  0,  0, 0, 0,  0,  0,   0,   0,       0};
 }
+
+/// Records the pairs that a preset handle reports as changed.
+class RecordingListener : public IPresetHandleListener {
+  public:
+    void OnPresetHandleChanged(unsigned int om, unsigned int sm) override {
+        calls.push_back(OmSm{om, sm});
+    }
+    std::vector<OmSm> calls;
+};
 
 inline std::vector<char> Concat(std::vector<char> a, const std::vector<char>& b) {
     a.insert(a.end(), b.begin(), b.end());

@@ -3,14 +3,12 @@
 #include <string>
 #include <vector>
 
-#include "../control/ErrorTexts.h"
 #include "LogCapture.h"
 #include "protocol/ZbAocTuningProtocol.h"
 
 namespace TesselFX {
 namespace {
 
-using test::ErrorTexts;
 using test::LogCapture;
 
 std::string Text(const std::vector<char>& bytes) { return std::string(bytes.begin(), bytes.end()); }
@@ -42,7 +40,8 @@ TEST(EnvelopeHeaderTest, WrapsRawBytesAndBase64Text) {
     out = Bytes("old");
     EXPECT_FALSE(ZbAocTuningProtocol::UnwrapBase64(Bytes("dsp_instance=12;data=Zm9v"), out));
     EXPECT_EQ(out, Bytes("old"));
-    EXPECT_EQ(ErrorTexts(capture), std::vector<std::string>{"fail to get tessel_data from buffer"});
+    EXPECT_EQ(capture.ErrorTexts(),
+              std::vector<std::string>{"fail to get tessel_data from buffer"});
 }
 
 TEST(EnvelopeHeaderTest, ExtractDataCutsByTheKeyLengthFromThePartStart) {
@@ -64,13 +63,13 @@ TEST(EnvelopeHeaderTest, ExtractDataCutsByTheKeyLengthFromThePartStart) {
     EXPECT_EQ(value, "");
     EXPECT_TRUE(ZbAocTuningProtocol::ExtractData("tessel_data=", value));
     EXPECT_EQ(value, "");
-    EXPECT_TRUE(ErrorTexts(capture).empty());
+    EXPECT_TRUE(capture.ErrorTexts().empty());
 
     value = "kept";
     EXPECT_FALSE(ZbAocTuningProtocol::ExtractData("dsp_instance=3;tessel_dat=abcd", value));
     EXPECT_FALSE(ZbAocTuningProtocol::ExtractData("", value));
     EXPECT_EQ(value, "kept");
-    EXPECT_EQ(ErrorTexts(capture),
+    EXPECT_EQ(capture.ErrorTexts(),
               (std::vector<std::string>{"fail to get tessel_data from buffer",
                                         "fail to get tessel_data from buffer"}));
 }

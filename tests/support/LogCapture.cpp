@@ -6,7 +6,7 @@ namespace TesselFX {
 namespace test {
 
 class LogCapture::Recorder : public TesselLogInterface {
-public:
+  public:
     Recorder() : TesselLogInterface("TEST_CAPTURE") { m_enabled = true; }
 
     void Print(const std::string&, uint32_t, uint32_t, uint32_t level, const std::string& tag,
@@ -25,7 +25,7 @@ public:
         m_lines.clear();
     }
 
-private:
+  private:
     mutable std::mutex m_mutex;
     std::vector<LogLine> m_lines;
 };
@@ -80,9 +80,30 @@ bool LogCapture::HasFragment(const std::string& fragment) const {
 
 size_t LogCapture::Count(const std::string& text) const {
     const auto lines = Lines();
-    return static_cast<size_t>(
-        std::count_if(lines.begin(), lines.end(), [&](const LogLine& l) { return l.text == text; }));
+    return static_cast<size_t>(std::count_if(lines.begin(), lines.end(),
+                                             [&](const LogLine& l) { return l.text == text; }));
 }
+
+namespace {
+
+bool IsPositionLine(const std::string& text) {
+    const size_t colon = text.rfind(".cpp:");
+    if (colon == std::string::npos || text.size() < colon + 8) return false;
+    if (text.compare(text.size() - 2, 2, ", ") != 0) return false;
+    const std::string line = text.substr(colon + 5, text.size() - colon - 7);
+    return line.find_first_not_of("0123456789") == std::string::npos;
+}
+
+}  // namespace
+
+std::vector<std::string> LogCapture::ErrorTexts() const {
+    std::vector<std::string> texts;
+    for (const auto& text : Texts(4))
+        if (!IsPositionLine(text)) texts.push_back(text);
+    return texts;
+}
+
+size_t LogCapture::PositionLines() const { return Texts(4).size() - ErrorTexts().size(); }
 
 void LogCapture::Clear() { m_recorder->Clear(); }
 

@@ -21,7 +21,7 @@ struct LogLine {
 /// in the empty slot 1, disables the Android output and sets all tags to the given level.
 /// The destructor restores levels and outputs. One capture at a time; thread safe to read.
 class LogCapture {
-public:
+  public:
     explicit LogCapture(uint32_t level = 0);
     ~LogCapture();
     LogCapture(const LogCapture&) = delete;
@@ -40,9 +40,14 @@ public:
     bool HasFragment(const std::string& fragment) const;
     /// The number of lines whose text equals text.
     size_t Count(const std::string& text) const;
+    /// The error (level 4) texts without the source position line, "<file>.cpp:<line>, ",
+    /// that precedes each, in order.
+    std::vector<std::string> ErrorTexts() const;
+    /// The number of source position lines among the error lines.
+    size_t PositionLines() const;
     void Clear();
 
-private:
+  private:
     class Recorder;
     std::shared_ptr<Recorder> m_recorder;
     std::shared_ptr<TesselLogInterface> m_previousSlot1;

@@ -78,11 +78,13 @@ bool ZorbEffectCoefsConverter::ConvertSorted(const Sorted& parameters,
     // sizes bound what is read back here.
     count = std::min<unsigned>(count, static_cast<unsigned>(m_ids.size()));
     unsigned size = 0;
-    // Reads the block of id into the coefficient buffer; false, logged, when it failed.
-    const auto read = [this, &size](uint32_t id) {
+    size_t used = 0;
+    // Reads the block of id into the coefficient buffer, used bytes of it; false, logged, when
+    // it failed. Each read is handed the size that the previous one left.
+    const auto read = [this, &size, &used](uint32_t id) {
         if (m_pZorbEffect->Control_Coefficient_Get(static_cast<int32_t>(id), m_pCoefficientBuffer,
                                                    &size)) {
-            size = std::min<unsigned>(size, static_cast<unsigned>(m_coefficientBuffer.size()));
+            used = std::min<size_t>(size, m_coefficientBuffer.size());
             return true;
         }
         ZorbEffectLogError("m_pZorbEffect->Control_Coefficient_Get failed on id %u", id);
@@ -97,7 +99,7 @@ bool ZorbEffectCoefsConverter::ConvertSorted(const Sorted& parameters,
         for (unsigned i = 0; i < count; ++i) {
             const auto id = static_cast<uint32_t>(ids[i]);
             if (read(id))
-                coefficients[id].assign(m_pCoefficientBuffer, m_pCoefficientBuffer + size);
+                coefficients[id].assign(m_pCoefficientBuffer, m_pCoefficientBuffer + used);
         }
         return true;
     }
@@ -113,7 +115,7 @@ bool ZorbEffectCoefsConverter::ConvertSorted(const Sorted& parameters,
             continue;
         }
         if (!known) kept = coefficients.emplace_hint(kept, id, std::vector<char>());
-        kept->second.assign(m_pCoefficientBuffer, m_pCoefficientBuffer + size);
+        kept->second.assign(m_pCoefficientBuffer, m_pCoefficientBuffer + used);
         ++kept;
     }
     coefficients.erase(kept, coefficients.end());

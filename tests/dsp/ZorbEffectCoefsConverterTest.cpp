@@ -165,13 +165,20 @@ TEST(ZorbEffectCoefsConverter, OversizedAnswersOfTheLibraryStayInsideTheWorkArea
         *count = 6;
         return true;
     });
+    std::vector<unsigned> handed;
     EXPECT_CALL(*effect, Control_Coefficient_Get(_, _, _))
         .Times(4)
-        .WillRepeatedly(DoAll(SetArgPointee<2>(1000u), Return(true)));
+        .WillRepeatedly([&handed](int, void*, unsigned* size) {
+            handed.push_back(*size);
+            *size = 1000u;
+            return true;
+        });
     std::map<uint32_t, std::vector<char>> coefficients;
     EXPECT_TRUE(converter.Convert({}, coefficients));
     ASSERT_EQ(coefficients.size(), 4u);
     EXPECT_EQ(coefficients.at(1).size(), 16u);
+    // Each read is handed the size that the library left, not the part of it that was kept.
+    EXPECT_EQ(handed, (std::vector<unsigned>{0, 1000, 1000, 1000}));
 }
 
 TEST(ZorbEffectCoefsConverter, ConvertToBufferConcatenatesInAscendingId) {

@@ -119,7 +119,12 @@ void Hifi3ControlBufferGenerator::PackCoefficientBuffers(
 void Hifi3ControlBufferGenerator::MergeCoefficients(
     std::map<uint32_t, std::vector<char>>& target,
     const std::map<uint32_t, std::vector<char>>& source) {
-    // Both in ascending id: one walk, with each new block inserted where the walk stands.
+    // A few blocks are looked up; many walk beside the cache in ascending id, each new block
+    // inserted where the walk stands.
+    if (source.size() * 16 < target.size()) {
+        for (const auto& block : source) target[block.first] = block.second;
+        return;
+    }
     auto at = target.begin();
     for (const auto& block : source) {
         while (at != target.end() && at->first < block.first) ++at;

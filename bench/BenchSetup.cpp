@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "BringupFiles.h"
+#include "ToolFrames.h"
 #include "zbhalcontroller/zb_api.h"
 
 namespace zb_bench {
@@ -61,6 +62,64 @@ std::vector<bringup_test::PresetRecord> ControlPresets(unsigned parameterCount) 
     return {music, quiet, movie};
 }
 
+using bringup_test::F64;
+using bringup_test::Msg;
+using bringup_test::ToText;
+using bringup_test::U32;
+
+/// The command texts of the tuning cases, made before any measured call. zb_set_command takes
+/// a mutable text but leaves it as it is.
+struct TuningTexts {
+    std::string enterTuning = ToText(Msg(47, U32(1)));
+    std::string getParameter = ToText(Msg(10, U32(kChangedParameter)));
+    std::string setParameter[2] = {SetParameterText(2.5), SetParameterText(1.5)};
+
+    static std::string SetParameterText(double value) {
+        return ToText(Msg(1, U32(kChangedParameter) + F64(value)));
+    }
+};
+
+TuningTexts& Texts() {
+    static TuningTexts texts;
+    return texts;
+}
+
+int GetParameterCommand(BenchController& c) {
+    char reply[256];
+    return zb_get_command(c.Handle(), kInstance, Texts().getParameter.c_str(), reply,
+                          sizeof(reply));
+}
+
+/// The ids and the two alternating value sets of the notification case.
+struct NotifiedChange {
+    NotifiedChange() {
+        for (unsigned i = 0; i < kNotifiedParameters; ++i) {
+            ids.push_back(kFirstGenericParameter + i);
+            values[0].push_back(2.5 + i);
+            values[1].push_back(1.5 + i);
+        }
+    }
+    std::vector<uint32_t> ids;
+    std::vector<double> values[2];
+};
+
+const NotifiedChange& TheNotifiedChange() {
+    static const NotifiedChange change;
+    return change;
+}
+
+void Check(int result, const char* what) {
+    if (result != 1) throw std::runtime_error(std::string(what) + " failed");
+}
+
+void RegisterNotifier(BenchController& c) {
+    Check(zb_register_notifier(c.Handle(), kInstance, BenchNotifier), "zb_register_notifier");
+}
+
+void SetParameter(BenchController& c, uint64_t i) {
+    zb_set_parameter(c.Handle(), kInstance, kChangedParameter, (i & 1) ? 1.5 : 2.5);
+}
+
 }  // namespace
 
 int BenchSender(void*, uint32_t, const void*, uint32_t size, void*, uint32_t*, void* context) {
@@ -68,6 +127,22 @@ int BenchSender(void*, uint32_t, const void*, uint32_t size, void*, uint32_t*, v
     ++counts->frames;
     counts->bytes += size;
     return 0;
+}
+
+int BenchNotifier(void*, const void*, uint32_t size, void* context) {
+    SendCounts* counts = static_cast<SendCounts*>(context);
+    ++counts->notifications;
+    counts->notifiedBytes += size;
+    return 0;
+}
+
+SendCounts Since(const SendCounts& now, const SendCounts& before) {
+    SendCounts difference;
+    difference.frames = now.frames - before.frames;
+    difference.bytes = now.bytes - before.bytes;
+    difference.notifications = now.notifications - before.notifications;
+    difference.notifiedBytes = now.notifiedBytes - before.notifiedBytes;
+    return difference;
 }
 
 BenchDir::BenchDir() {
@@ -138,10 +213,7 @@ BenchController::~BenchController() { zb_destroy(&m_handle); }
 
 const std::vector<BenchOperation>& BenchOperations() {
     static const std::vector<BenchOperation> operations = {
-        {"set_parameter_change", [](BenchController&) {},
-         [](BenchController& c, uint64_t i) {
-             zb_set_parameter(c.Handle(), kInstance, kChangedParameter, (i & 1) ? 1.5 : 2.5);
-         }},
+        {"set_parameter_change", [](BenchController&) {}, SetParameter},
         {"set_parameter_unchanged",
          [](BenchController& c) {
              zb_set_parameter(c.Handle(), kInstance, kChangedParameter, 7.0);
@@ -163,6 +235,23 @@ const std::vector<BenchOperation>& BenchOperations() {
          }},
         {"dsp_wakeup", [](BenchController&) {},
          [](BenchController& c, uint64_t) { zb_on_dsp_wakeup(c.Handle(), kInstance); }},
+        {"tuning_get_parameter",
+         [](BenchController& c) { Check(GetParameterCommand(c), "GetParameter"); },
+         [](BenchController& c, uint64_t) { GetParameterCommand(c); }},
+        {"tuning_set_parameter",
+         [](BenchController& c) {
+             Check(zb_set_command(c.Handle(), kInstance, &Texts().enterTuning[0]), "tuning mode");
+         },
+         [](BenchController& c, uint64_t i) {
+             zb_set_command(c.Handle(), kInstance, &Texts().setParameter[i & 1][0]);
+         }},
+        {"notify_1000_parameters", RegisterNotifier,
+         [](BenchController& c, uint64_t i) {
+             const NotifiedChange& change = TheNotifiedChange();
+             zb_set_parameters_array(c.Handle(), kInstance, kNotifiedParameters, change.ids.data(),
+                                     change.values[i & 1].data());
+         }},
+        {"set_parameter_change_notified", RegisterNotifier, SetParameter},
     };
     return operations;
 }

@@ -12,15 +12,19 @@
 
 namespace zb_bench {
 
-/// What buffer_sender saw.
+/// What buffer_sender and the notifier saw.
 struct SendCounts {
     uint64_t frames = 0;
     uint64_t bytes = 0;
+    uint64_t notifications = 0;
+    uint64_t notifiedBytes = 0;
 };
 
 /// The counting buffer_sender; context is a SendCounts.
 int BenchSender(void* handle, uint32_t instance, const void* data, uint32_t size, void* reply,
                 uint32_t* replySize, void* context);
+/// The counting notifier; context is a SendCounts.
+int BenchNotifier(void* handle, const void* data, uint32_t size, void* context);
 
 /// A directory under /tmp that is removed with the files written through it.
 class BenchDir {
@@ -54,6 +58,9 @@ constexpr uint32_t kInstance = 1;
 constexpr unsigned kLinkLawTargets = 16;
 /// The parameter that the one-parameter cases change; in every generated preset.
 constexpr uint32_t kChangedParameter = 3001;
+/// The number of parameters that the notification case changes at once, from the first generic
+/// id on; a preset of 200 parameters holds only the first 198 of them.
+constexpr unsigned kNotifiedParameters = 1000;
 
 /// One control object, initialised on the generated files.
 class BenchController {
@@ -72,6 +79,9 @@ class BenchController {
     void* m_handle = nullptr;
 };
 
+/// SendCounts minus an earlier snapshot of it.
+SendCounts Since(const SendCounts& now, const SendCounts& before);
+
 /// An operation measured per call; iteration alternates the direction of a change.
 struct BenchOperation {
     const char* name;
@@ -81,7 +91,8 @@ struct BenchOperation {
 };
 
 /// The per-call operations: set_parameter_change, set_parameter_unchanged,
-/// volume_linklaw_step, volume_subtype_switch, mode_change, dsp_wakeup.
+/// volume_linklaw_step, volume_subtype_switch, mode_change, dsp_wakeup, tuning_get_parameter,
+/// tuning_set_parameter, notify_1000_parameters, set_parameter_change_notified.
 const std::vector<BenchOperation>& BenchOperations();
 /// The operation of that name, or null.
 const BenchOperation* FindBenchOperation(const std::string& name);

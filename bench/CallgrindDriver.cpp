@@ -1,7 +1,7 @@
 // Runs one benchmark operation under callgrind with collection switched on only around the
-// measured calls (run valgrind with --collect-atstart=no). Prints the calls, frames and bytes
-// of the measured part; scripts/callgrind-bench reads the instruction counts from the
-// callgrind output.
+// measured calls (run valgrind with --collect-atstart=no). Prints the calls, frames, bytes and
+// notifications of the measured part; scripts/callgrind-bench reads the instruction counts from
+// the callgrind output.
 //
 //   zb_callgrind OPERATION PARAMETERS CALLS
 //   zb_callgrind initialize 0 CALLS      zb_initialize on the 10 MB file
@@ -22,10 +22,14 @@ namespace {
 
 void Report(const std::string& name, unsigned long calls, const SendCounts& counts,
             uint64_t items) {
-    std::printf("operation=%s calls=%lu frames=%llu bytes=%llu items=%llu\n", name.c_str(), calls,
-                static_cast<unsigned long long>(counts.frames),
-                static_cast<unsigned long long>(counts.bytes),
-                static_cast<unsigned long long>(items));
+    std::printf(
+        "operation=%s calls=%lu frames=%llu bytes=%llu notifications=%llu notified_bytes=%llu "
+        "items=%llu\n",
+        name.c_str(), calls, static_cast<unsigned long long>(counts.frames),
+        static_cast<unsigned long long>(counts.bytes),
+        static_cast<unsigned long long>(counts.notifications),
+        static_cast<unsigned long long>(counts.notifiedBytes),
+        static_cast<unsigned long long>(items));
 }
 
 int RunInitialisation(const std::string& name, unsigned long calls) {
@@ -78,9 +82,6 @@ int main(int argc, char** argv) {
     CALLGRIND_TOGGLE_COLLECT;
     for (unsigned long i = 0; i < calls; ++i) operation->run(controller, i);
     CALLGRIND_TOGGLE_COLLECT;
-    SendCounts measured;
-    measured.frames = controller.Counts().frames - before.frames;
-    measured.bytes = controller.Counts().bytes - before.bytes;
-    Report(name, calls, measured, 0);
+    Report(name, calls, Since(controller.Counts(), before), 0);
     return 0;
 }

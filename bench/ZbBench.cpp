@@ -1,6 +1,7 @@
 // Google Benchmark cases through the exported functions: per-call operations on generated
 // presets of 200, 2,000 and 20,000 parameters, and zb_initialize on a 10 MB preset file beside a
-// plain read of that file. Counters: frames and bytes that reached buffer_sender per call.
+// plain read of that file. Counters per call: frames and bytes that reached buffer_sender,
+// notifications and their bytes that reached the notifier.
 
 #include <benchmark/benchmark.h>
 
@@ -20,11 +21,14 @@ void RunOperation(benchmark::State& state, const BenchOperation* operation) {
     const SendCounts before = controller.Counts();
     uint64_t iteration = 0;
     for (auto _ : state) operation->run(controller, iteration++);
-    const SendCounts& after = controller.Counts();
-    state.counters["frames"] = benchmark::Counter(static_cast<double>(after.frames - before.frames),
-                                                  benchmark::Counter::kAvgIterations);
-    state.counters["bytes"] = benchmark::Counter(static_cast<double>(after.bytes - before.bytes),
-                                                 benchmark::Counter::kAvgIterations);
+    const SendCounts counts = Since(controller.Counts(), before);
+    const auto perCall = [](uint64_t value) {
+        return benchmark::Counter(static_cast<double>(value), benchmark::Counter::kAvgIterations);
+    };
+    state.counters["frames"] = perCall(counts.frames);
+    state.counters["bytes"] = perCall(counts.bytes);
+    state.counters["notifications"] = perCall(counts.notifications);
+    state.counters["notified_bytes"] = perCall(counts.notifiedBytes);
 }
 
 /// The 10 MB file of the initialisation cases, written once.

@@ -23,15 +23,18 @@ ParameterList GetChangedParameters(const Sorted& parameters, size_t count,
         }
         return changed;
     }
-    changed.reserve(count);
+    // Sized once and cut back, so that the walk writes without a capacity check per entry.
+    changed.resize(count);
+    size_t used = 0;
     auto cached = cache.begin();
     for (const auto& parameter : parameters) {
         while (cached != cache.end() && cached->first < parameter.first) ++cached;
         if (cached == cache.end() || cached->first != parameter.first ||
             differs(cached, parameter.second)) {
-            changed.emplace_back(parameter.first, parameter.second);
+            changed[used++] = {parameter.first, parameter.second};
         }
     }
+    changed.resize(used);
     return changed;
 }
 
@@ -81,7 +84,7 @@ status_t Hifi3ControlBufferGenerator::MakeBuffers(std::vector<std::vector<char>>
         if (!onlyChanged) PackCoefficientBuffers(out, m_coefficients);
         return kStatusOk;
     }
-    std::map<uint32_t, std::vector<char>> coefs;
+    std::map<uint32_t, std::vector<char>>& coefs = m_changedCoefficients;
     if (!m_converter || !m_converter->ConvertList(diff, coefs)) return kStatusBadValue;
     MergeParameters(m_lastParameters, diff);
     MergeCoefficients(m_coefficients, coefs);
@@ -116,7 +119,22 @@ void Hifi3ControlBufferGenerator::PackCoefficientBuffers(
 void Hifi3ControlBufferGenerator::MergeCoefficients(
     std::map<uint32_t, std::vector<char>>& target,
     const std::map<uint32_t, std::vector<char>>& source) {
-    for (const auto& block : source) target[block.first] = block.second;
+    // A few blocks are looked up; many walk beside the cache in ascending id, each new block
+    // inserted where the walk stands.
+    if (source.size() * 16 < target.size()) {
+        for (const auto& block : source) target[block.first] = block.second;
+        return;
+    }
+    auto at = target.begin();
+    for (const auto& block : source) {
+        while (at != target.end() && at->first < block.first) ++at;
+        if (at != target.end() && at->first == block.first) {
+            at->second = block.second;
+        } else {
+            at = target.emplace_hint(at, block.first, block.second);
+        }
+        ++at;
+    }
 }
 
 std::vector<std::vector<char>> Hifi3ControlBufferGenerator::GroupCoefficients(

@@ -64,6 +64,9 @@ class Hifi3ControlBufferGenerator : public IControlBufferGenerator,
 
     std::shared_ptr<ICoefsConverter> m_converter;
     std::map<uint32_t, std::vector<char>> m_coefficients;
+    /// The blocks of the latest conversion, kept between calls so that blocks converted again
+    /// reuse their storage.
+    std::map<uint32_t, std::vector<char>> m_changedCoefficients;
     ParameterList m_lastParameters;
 };
 

@@ -74,22 +74,51 @@ bool ZorbEffectCoefsConverter::ConvertSorted(const Sorted& parameters,
         ZorbEffectLogError("m_pZorbEffect->Control_Deferred_Update failed");
         return false;
     }
-    coefficients.clear();
     // The library is trusted to stay within the maxima it reported; the work areas' own
     // sizes bound what is read back here.
     count = std::min<unsigned>(count, static_cast<unsigned>(m_ids.size()));
     unsigned size = 0;
+    size_t used = 0;
+    // Reads the block of id into the coefficient buffer, used bytes of it; false, logged, when
+    // it failed. Each read is handed the size that the previous one left.
+    const auto read = [this, &size, &used](uint32_t id) {
+        if (m_pZorbEffect->Control_Coefficient_Get(static_cast<int32_t>(id), m_pCoefficientBuffer,
+                                                   &size)) {
+            used = std::min<size_t>(size, m_coefficientBuffer.size());
+            return true;
+        }
+        ZorbEffectLogError("m_pZorbEffect->Control_Coefficient_Get failed on id %u", id);
+        return false;
+    };
+    const int32_t* const ids = m_pIds;
+    const auto notBefore = [](int32_t first, int32_t second) {
+        return static_cast<uint32_t>(first) >= static_cast<uint32_t>(second);
+    };
+    if (std::adjacent_find(ids, ids + count, notBefore) != ids + count) {
+        coefficients.clear();
+        for (unsigned i = 0; i < count; ++i) {
+            const auto id = static_cast<uint32_t>(ids[i]);
+            if (read(id))
+                coefficients[id].assign(m_pCoefficientBuffer, m_pCoefficientBuffer + used);
+        }
+        return true;
+    }
+    // Strictly ascending ids walk beside the map: entries of ids read again keep their
+    // storage, entries of ids that the library did not name or could not give are erased.
+    auto kept = coefficients.begin();
     for (unsigned i = 0; i < count; ++i) {
-        const int32_t id = m_pIds[i];
-        if (!m_pZorbEffect->Control_Coefficient_Get(id, m_pCoefficientBuffer, &size)) {
-            ZorbEffectLogError("m_pZorbEffect->Control_Coefficient_Get failed on id %u",
-                               static_cast<unsigned>(id));
+        const auto id = static_cast<uint32_t>(ids[i]);
+        while (kept != coefficients.end() && kept->first < id) kept = coefficients.erase(kept);
+        const bool known = kept != coefficients.end() && kept->first == id;
+        if (!read(id)) {
+            if (known) kept = coefficients.erase(kept);
             continue;
         }
-        const size_t used = std::min<size_t>(size, m_coefficientBuffer.size());
-        coefficients[static_cast<uint32_t>(id)].assign(m_pCoefficientBuffer,
-                                                       m_pCoefficientBuffer + used);
+        if (!known) kept = coefficients.emplace_hint(kept, id, std::vector<char>());
+        kept->second.assign(m_pCoefficientBuffer, m_pCoefficientBuffer + used);
+        ++kept;
     }
+    coefficients.erase(kept, coefficients.end());
     return true;
 }
 

@@ -8,11 +8,10 @@ namespace TesselFX {
 
 namespace {
 
-/// Every entry point looked up at load, in lookup order. ZorbScenario_GetScenarioSize is
-/// looked up twice; ZorbScenario_Initialize is never looked up, so its operation always
-/// reports the function as not found.
-const char* const kEntryPoints[] = {
-    "ZorbScenario_GetScenarioSize",
+/// The names of the entry points, in the order of EntryPoint, which is the order in which
+/// they are looked up at load. ZorbScenario_Initialize comes last and is never looked up, so its
+/// operation always reports the function as not found.
+const char* const kEntryPointNames[] = {
     "ZorbScenario_GetScenarioSize",
     "ZorbEffect_GetEffectSize",
     "ZorbEffect_Initialize",
@@ -46,7 +45,11 @@ const char* const kEntryPoints[] = {
     "ZorbEffect_Revision_Get",
     "ZorbEffect_GetMessageMaxSize",
     "ZorbEffect_Message",
+    "ZorbScenario_Initialize",
 };
+static_assert(sizeof(kEntryPointNames) / sizeof(kEntryPointNames[0]) ==
+                  ZorbEffectWrapper::kEntryPointCount,
+              "one name per entry point");
 
 }  // namespace
 
@@ -61,30 +64,35 @@ ZorbEffectWrapper::ZorbEffectWrapper(const std::string& path, int flags) {
     if (!loader->IsLoaded()) {
         ZorbEffectLogError("ZorbEffectWrapper: %s load error", path.c_str());
     } else {
-        for (const char* name : kEntryPoints) loader->Resolve(name);
+        // The first entry point, ZorbScenario_GetScenarioSize, is looked up twice.
+        loader->Resolve(kEntryPointNames[kScenarioGetScenarioSize]);
+        for (size_t entry = 0; entry < kScenarioInitialize; ++entry) {
+            loader->Resolve(kEntryPointNames[entry]);
+        }
     }
     m_loader = loader;
+    FindEntryPoints();
 }
 
 ZorbEffectWrapper::ZorbEffectWrapper(std::shared_ptr<const LibraryLoader> loader)
-    : m_loader(std::move(loader)) {}
+    : m_loader(std::move(loader)) {
+    FindEntryPoints();
+}
+
+void ZorbEffectWrapper::FindEntryPoints() {
+    for (size_t entry = 0; entry < kEntryPointCount; ++entry) {
+        m_entryPoints[entry] = m_loader->Find(kEntryPointNames[entry]);
+    }
+}
 
 std::shared_ptr<ZorbEffectWrapper> ZorbEffectWrapper::NewEffect() const {
     return std::shared_ptr<ZorbEffectWrapper>(new ZorbEffectWrapper(m_loader));
 }
 
-void* ZorbEffectWrapper::Address(const char* name) {
-    if (name == m_lastName) return m_lastAddress;
-    auto known = m_addresses.find(name);
-    if (known == m_addresses.end()) known = m_addresses.emplace(name, m_loader->Find(name)).first;
-    m_lastName = name;
-    m_lastAddress = known->second;
-    return m_lastAddress;
-}
-
-template <typename Function, typename... Args>
-bool ZorbEffectWrapper::Call(const char* name, Args... args) {
-    void* address = Address(name);
+template <ZorbEffectWrapper::EntryPoint entry, typename Function, typename... Args>
+bool ZorbEffectWrapper::Call(Args... args) {
+    void* address = m_entryPoints[entry];
+    const char* name = kEntryPointNames[entry];
     if (address == nullptr) {
         ZorbEffectLogError("Error: Function %s not found.", name);
         return false;
@@ -125,9 +133,9 @@ bool ZorbEffectWrapper::Initialize(unsigned sampleRate, unsigned channels, unsig
 bool ZorbEffectWrapper::Initialize(ZorbStreamFormat_t* const* in, unsigned inCount,
                                    ZorbStreamFormat_t* const* out, unsigned outCount) {
     if (!PrepareEffectBuffer()) return false;
-    m_initialized =
-        Call<int(char*, ZorbStreamFormat_t* const*, unsigned, ZorbStreamFormat_t* const*,
-                 unsigned)>("ZorbEffect_Initialize", Effect(), in, inCount, out, outCount);
+    m_initialized = Call<kInitialize, int(char*, ZorbStreamFormat_t* const*, unsigned,
+                                          ZorbStreamFormat_t* const*, unsigned)>(
+        Effect(), in, inCount, out, outCount);
     return m_initialized;
 }
 
@@ -145,160 +153,148 @@ bool ZorbEffectWrapper::PrepareEffectBuffer() {
 }
 
 bool ZorbEffectWrapper::GetEffectSize(unsigned* size) {
-    return Call<int(unsigned*)>("ZorbEffect_GetEffectSize", size);
+    return Call<kGetEffectSize, int(unsigned*)>(size);
 }
 
 bool ZorbEffectWrapper::GetScenarioSize(unsigned* size) {
-    return Call<int(unsigned*)>("ZorbScenario_GetScenarioSize", size);
+    return Call<kScenarioGetScenarioSize, int(unsigned*)>(size);
 }
 
 bool ZorbEffectWrapper::Initialize(void* scenario) {
-    return Call<int(void*)>("ZorbScenario_Initialize", scenario);
+    return Call<kScenarioInitialize, int(void*)>(scenario);
 }
 
 bool ZorbEffectWrapper::GetEffectSizeFromScenario(void* scenario, unsigned* size) {
-    return Call<int(void*, unsigned*)>("ZorbEffect_GetEffectSizeFromScenario", scenario, size);
+    return Call<kGetEffectSizeFromScenario, int(void*, unsigned*)>(scenario, size);
 }
 
 bool ZorbEffectWrapper::InitializeFromScenario(void* scenario, ZorbStreamFormat_t* const* in,
                                                unsigned inCount, ZorbStreamFormat_t* const* out,
                                                unsigned outCount) {
-    return Call<int(char*, void*, ZorbStreamFormat_t* const*, unsigned, ZorbStreamFormat_t* const*,
-                    unsigned)>("ZorbEffect_InitializeFromScenario", Effect(), scenario, in, inCount,
-                               out, outCount);
+    return Call<kInitializeFromScenario, int(char*, void*, ZorbStreamFormat_t* const*, unsigned,
+                                             ZorbStreamFormat_t* const*, unsigned)>(
+        Effect(), scenario, in, inCount, out, outCount);
 }
 
 bool ZorbEffectWrapper::RPC_SetRequestTx(void* first, void* second) {
-    return Call<int(void*, void*)>("ZorbEffect_RPC_SetRequestTx", first, second);
+    return Call<kRpcSetRequestTx, int(void*, void*)>(first, second);
 }
 
 bool ZorbEffectWrapper::RPC_SetResponseTx(void* first, void* second) {
-    return Call<int(void*, void*)>("ZorbEffect_RPC_SetResponseTx", first, second);
+    return Call<kRpcSetResponseTx, int(void*, void*)>(first, second);
 }
 
-bool ZorbEffectWrapper::RPC_GetSelfRx(void* rx) {
-    return Call<int(void*)>("ZorbEffect_RPC_GetSelfRx", rx);
-}
+bool ZorbEffectWrapper::RPC_GetSelfRx(void* rx) { return Call<kRpcGetSelfRx, int(void*)>(rx); }
 
 bool ZorbEffectWrapper::RPC_Register_cb_Command(void* rpc, ZorbRpcCallback callback,
                                                 void* context) {
-    return Call<int(void*, ZorbRpcCallback, void*)>("ZorbEffect_RPC_Register_cb_Command", rpc,
-                                                    callback, context);
+    return Call<kRpcRegisterCbCommand, int(void*, ZorbRpcCallback, void*)>(rpc, callback, context);
 }
 
 bool ZorbEffectWrapper::RPC_Register_cb_GetCoefficient(void* rpc, ZorbRpcCallback callback,
                                                        void* context) {
-    return Call<int(void*, ZorbRpcCallback, void*)>("ZorbEffect_RPC_Register_cb_GetCoefficient",
-                                                    rpc, callback, context);
+    return Call<kRpcRegisterCbGetCoefficient, int(void*, ZorbRpcCallback, void*)>(rpc, callback,
+                                                                                  context);
 }
 
 bool ZorbEffectWrapper::RPC_Register_cb_GetMeters(void* rpc, ZorbRpcCallback callback,
                                                   void* context) {
-    return Call<int(void*, ZorbRpcCallback, void*)>("ZorbEffect_RPC_Register_cb_GetMeters", rpc,
-                                                    callback, context);
+    return Call<kRpcRegisterCbGetMeters, int(void*, ZorbRpcCallback, void*)>(rpc, callback,
+                                                                             context);
 }
 
 bool ZorbEffectWrapper::RPC_Register_cb_GetParametersArray(void* rpc, ZorbRpcCallback callback,
                                                            void* context) {
-    return Call<int(void*, ZorbRpcCallback, void*)>("ZorbEffect_RPC_Register_cb_GetParametersArray",
-                                                    rpc, callback, context);
+    return Call<kRpcRegisterCbGetParametersArray, int(void*, ZorbRpcCallback, void*)>(rpc, callback,
+                                                                                      context);
 }
 
 bool ZorbEffectWrapper::RPC_Register_cb_GetRevision(void* rpc, ZorbRpcCallback callback,
                                                     void* context) {
-    return Call<int(void*, ZorbRpcCallback, void*)>("ZorbEffect_RPC_Register_cb_GetRevision", rpc,
-                                                    callback, context);
+    return Call<kRpcRegisterCbGetRevision, int(void*, ZorbRpcCallback, void*)>(rpc, callback,
+                                                                               context);
 }
 
 bool ZorbEffectWrapper::Process(ZorbStream_t* const* in, ZorbStream_t* const* out) {
-    return Call<int(char*, ZorbStream_t* const*, ZorbStream_t* const*)>("ZorbEffect_Process",
-                                                                        Effect(), in, out);
+    return Call<kProcess, int(char*, ZorbStream_t* const*, ZorbStream_t* const*)>(Effect(), in,
+                                                                                  out);
 }
 
-bool ZorbEffectWrapper::Reset() { return Call<int(char*)>("ZorbEffect_Reset", Effect()); }
+bool ZorbEffectWrapper::Reset() { return Call<kReset, int(char*)>(Effect()); }
 
 bool ZorbEffectWrapper::Control_Coefficient_GetBufferMaxSize(unsigned* size) {
-    return Call<int(char*, unsigned*)>("ZorbEffect_Control_Coefficient_GetBufferMaxSize", Effect(),
-                                       size);
+    return Call<kControlCoefficientGetBufferMaxSize, int(char*, unsigned*)>(Effect(), size);
 }
 
 bool ZorbEffectWrapper::Control_Coefficient_Set(const void* data, unsigned size, unsigned* used) {
-    return Call<int(char*, const void*, unsigned, unsigned*)>("ZorbEffect_Control_Coefficient_Set",
-                                                              Effect(), data, size, used);
+    return Call<kControlCoefficientSet, int(char*, const void*, unsigned, unsigned*)>(
+        Effect(), data, size, used);
 }
 
 bool ZorbEffectWrapper::Control_Coefficient_Get(int id, void* data, unsigned* size) {
-    return Call<int(char*, int, void*, unsigned*)>("ZorbEffect_Control_Coefficient_Get", Effect(),
-                                                   id, data, size);
+    return Call<kControlCoefficientGet, int(char*, int, void*, unsigned*)>(Effect(), id, data,
+                                                                           size);
 }
 
 bool ZorbEffectWrapper::Control_Deferred_GetMaxNumCoefIDs(unsigned* count) {
-    return Call<int(char*, unsigned*)>("ZorbEffect_Control_Deferred_GetMaxNumCoefIDs", Effect(),
-                                       count);
+    return Call<kControlDeferredGetMaxNumCoefIDs, int(char*, unsigned*)>(Effect(), count);
 }
 
 bool ZorbEffectWrapper::Control_Deferred_ListAllCoefIDs(int* ids, unsigned* count) {
-    return Call<int(char*, int*, unsigned*)>("ZorbEffect_Control_Deferred_ListAllCoefIDs", Effect(),
-                                             ids, count);
+    return Call<kControlDeferredListAllCoefIDs, int(char*, int*, unsigned*)>(Effect(), ids, count);
 }
 
 bool ZorbEffectWrapper::Control_Deferred_Set(int id, float value) {
-    return Call<int(char*, int, float)>("ZorbEffect_Control_Deferred_Set", Effect(), id, value);
+    return Call<kControlDeferredSet, int(char*, int, float)>(Effect(), id, value);
 }
 
 bool ZorbEffectWrapper::Control_Deferred_Update(int* ids, unsigned* count) {
-    return Call<int(char*, int*, unsigned*)>("ZorbEffect_Control_Deferred_Update", Effect(), ids,
-                                             count);
+    return Call<kControlDeferredUpdate, int(char*, int*, unsigned*)>(Effect(), ids, count);
 }
 
 bool ZorbEffectWrapper::Control_Parameter_Set(int id, float value) {
-    return Call<int(char*, int, float)>("ZorbEffect_Control_Parameter_Set", Effect(), id, value);
+    return Call<kControlParameterSet, int(char*, int, float)>(Effect(), id, value);
 }
 
 bool ZorbEffectWrapper::Control_Parameter_Get(int id, float* value) {
-    return Call<int(char*, int, float*)>("ZorbEffect_Control_Parameter_Get", Effect(), id, value);
+    return Call<kControlParameterGet, int(char*, int, float*)>(Effect(), id, value);
 }
 
 bool ZorbEffectWrapper::Control_ParametersArray_Get(const int* ids, float* values, unsigned count) {
-    return Call<int(char*, const int*, float*, unsigned)>("ZorbEffect_Control_ParametersArray_Get",
-                                                          Effect(), ids, values, count);
+    return Call<kControlParametersArrayGet, int(char*, const int*, float*, unsigned)>(
+        Effect(), ids, values, count);
 }
 
 bool ZorbEffectWrapper::Control_Parameter_IDs_Get(const int** ids, int* count) {
-    return Call<int(char*, const int**, int*)>("ZorbEffect_Control_Parameter_IDs_Get", Effect(),
-                                               ids, count);
+    return Call<kControlParameterIDsGet, int(char*, const int**, int*)>(Effect(), ids, count);
 }
 
 bool ZorbEffectWrapper::Meters_GetBufferSize(unsigned* count) {
-    return Call<int(char*, unsigned*)>("ZorbEffect_Meters_GetBufferSize", Effect(), count);
+    return Call<kMetersGetBufferSize, int(char*, unsigned*)>(Effect(), count);
 }
 
 bool ZorbEffectWrapper::Meters_GetBuffer(void* data, unsigned* size) {
-    return Call<int(char*, void*, unsigned*)>("ZorbEffect_Meters_GetBuffer", Effect(), data, size);
+    return Call<kMetersGetBuffer, int(char*, void*, unsigned*)>(Effect(), data, size);
 }
 
 bool ZorbEffectWrapper::Meters_SetBuffer(const void* data, unsigned size) {
-    return Call<int(char*, const void*, unsigned)>("ZorbEffect_Meters_SetBuffer", Effect(), data,
-                                                   size);
+    return Call<kMetersSetBuffer, int(char*, const void*, unsigned)>(Effect(), data, size);
 }
 
 bool ZorbEffectWrapper::Meters_Readout(float* values, int* flags, unsigned count) {
-    return Call<int(char*, float*, int*, unsigned)>("ZorbEffect_Meters_Readout", Effect(), values,
-                                                    flags, count);
+    return Call<kMetersReadout, int(char*, float*, int*, unsigned)>(Effect(), values, flags, count);
 }
 
 bool ZorbEffectWrapper::Revision_Get(const char** text, unsigned* size) {
-    return Call<int(char*, const char**, unsigned*)>("ZorbEffect_Revision_Get", Effect(), text,
-                                                     size);
+    return Call<kRevisionGet, int(char*, const char**, unsigned*)>(Effect(), text, size);
 }
 
 bool ZorbEffectWrapper::GetMessageMaxSize(unsigned* first, unsigned* second) {
-    return Call<int(char*, unsigned*, unsigned*)>("ZorbEffect_GetMessageMaxSize", Effect(), first,
-                                                  second);
+    return Call<kGetMessageMaxSize, int(char*, unsigned*, unsigned*)>(Effect(), first, second);
 }
 
 bool ZorbEffectWrapper::Message(const void* in, unsigned inSize, void* out, unsigned* outSize) {
-    return Call<int(char*, const void*, unsigned, void*, unsigned*)>("ZorbEffect_Message", Effect(),
-                                                                     in, inSize, out, outSize);
+    return Call<kMessage, int(char*, const void*, unsigned, void*, unsigned*)>(Effect(), in, inSize,
+                                                                               out, outSize);
 }
 }  // namespace TesselFX

@@ -1,8 +1,9 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <memory>
 #include <string>
-#include <unordered_map>
 
 #include "dsp/IZorbEffectWrapper.h"
 #include "dsp/LibraryLoader.h"
@@ -78,26 +79,63 @@ class ZorbEffectWrapper : public IZorbEffectWrapper {
     bool GetMessageMaxSize(unsigned* first, unsigned* second) override;
     bool Message(const void* in, unsigned inSize, void* out, unsigned* outSize) override;
 
+    /// The library's entry points, in the order they are looked up at load.
+    enum EntryPoint : size_t {
+        kScenarioGetScenarioSize,
+        kGetEffectSize,
+        kInitialize,
+        kGetEffectSizeFromScenario,
+        kInitializeFromScenario,
+        kRpcSetRequestTx,
+        kRpcSetResponseTx,
+        kRpcGetSelfRx,
+        kRpcRegisterCbCommand,
+        kRpcRegisterCbGetCoefficient,
+        kRpcRegisterCbGetMeters,
+        kRpcRegisterCbGetParametersArray,
+        kRpcRegisterCbGetRevision,
+        kProcess,
+        kReset,
+        kControlCoefficientGetBufferMaxSize,
+        kControlCoefficientSet,
+        kControlCoefficientGet,
+        kControlDeferredGetMaxNumCoefIDs,
+        kControlDeferredListAllCoefIDs,
+        kControlDeferredSet,
+        kControlDeferredUpdate,
+        kControlParameterSet,
+        kControlParameterGet,
+        kControlParametersArrayGet,
+        kControlParameterIDsGet,
+        kMetersGetBufferSize,
+        kMetersGetBuffer,
+        kMetersSetBuffer,
+        kMetersReadout,
+        kRevisionGet,
+        kGetMessageMaxSize,
+        kMessage,
+        kScenarioInitialize,
+        kEntryPointCount
+    };
+
   private:
     explicit ZorbEffectWrapper(std::shared_ptr<const LibraryLoader> loader);
     char* Effect() { return m_effect.get(); }
     /// Allocates the effect buffer of the size the library asks for, replacing any earlier
     /// one; on failure the buffer is freed.
     bool PrepareEffectBuffer();
-    /// The address of the entry point name, a literal, or null. Answers are kept by the
-    /// literal's address, so that a call made per parameter does not hash the name.
-    void* Address(const char* name);
-    /// Calls the entry point name, a literal.
-    template <typename Function, typename... Args>
-    bool Call(const char* name, Args... args);
+    /// Takes the addresses of the entry points from the loader, null for those it lacks.
+    void FindEntryPoints();
+    /// Calls the entry point; one that the library lacks is logged as not found.
+    template <EntryPoint entry, typename Function, typename... Args>
+    bool Call(Args... args);
 
     // Declared first so that it is released last: the library outlives the effect buffer.
     std::shared_ptr<const LibraryLoader> m_loader;
     std::unique_ptr<char[]> m_effect;
     bool m_initialized = false;
-    std::unordered_map<const char*, void*> m_addresses;
-    const char* m_lastName = nullptr;
-    void* m_lastAddress = nullptr;
+    /// Resolved once when the wrapper is made; a call indexes it without a lookup.
+    std::array<void*, kEntryPointCount> m_entryPoints{};
 };
 
 }  // namespace TesselFX

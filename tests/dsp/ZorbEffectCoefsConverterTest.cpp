@@ -121,6 +121,18 @@ TEST(ZorbEffectCoefsConverter, UpdateDecidesWhatComesBack) {
     EXPECT_TRUE(converter.Convert({}, coefficients));
     EXPECT_EQ(coefficients, (std::map<uint32_t, std::vector<char>>{{4, {'x', 'x'}}}));
 
+    // Ascending ids: blocks before, between and after them go, and so does the block of an id
+    // whose read fails.
+    coefficients = {{1, {'o'}}, {3, {'o', 'o'}}, {4, {'o'}}, {6, {'o'}}, {9, {'o'}}};
+    ReportIds(*effect, {3, 4, 7});
+    Block(*effect, 3, 1, 'p', 0);
+    EXPECT_CALL(*effect, Control_Coefficient_Get(4, _, _))
+        .WillOnce(Return(false))
+        .RetiresOnSaturation();
+    Block(*effect, 7, 2, 'q', 1);
+    EXPECT_TRUE(converter.Convert({{1, 1.0}}, coefficients));
+    EXPECT_EQ(coefficients, (std::map<uint32_t, std::vector<char>>{{3, {'p'}}, {7, {'q', 'q'}}}));
+
     // A count of 0 empties the result.
     ReportIds(*effect, {});
     EXPECT_TRUE(converter.Convert({{1, 1.0}}, coefficients));
@@ -134,7 +146,8 @@ TEST(ZorbEffectCoefsConverter, UpdateDecidesWhatComesBack) {
     EXPECT_FALSE(converter.Convert({{1, 2.0}}, coefficients));
     EXPECT_EQ(coefficients, (std::map<uint32_t, std::vector<char>>{{77, {'o'}}}));
 
-    EXPECT_EQ(log.Texts(), Strings{"m_pZorbEffect->Control_Deferred_Update failed"});
+    EXPECT_EQ(log.Texts(), (Strings{"m_pZorbEffect->Control_Coefficient_Get failed on id 4",
+                                    "m_pZorbEffect->Control_Deferred_Update failed"}));
 
     AndroidLogCapture nullLog;
     ZorbEffectCoefsConverter none(nullptr);
@@ -152,13 +165,20 @@ TEST(ZorbEffectCoefsConverter, OversizedAnswersOfTheLibraryStayInsideTheWorkArea
         *count = 6;
         return true;
     });
+    std::vector<unsigned> handed;
     EXPECT_CALL(*effect, Control_Coefficient_Get(_, _, _))
         .Times(4)
-        .WillRepeatedly(DoAll(SetArgPointee<2>(1000u), Return(true)));
+        .WillRepeatedly([&handed](int, void*, unsigned* size) {
+            handed.push_back(*size);
+            *size = 1000u;
+            return true;
+        });
     std::map<uint32_t, std::vector<char>> coefficients;
     EXPECT_TRUE(converter.Convert({}, coefficients));
     ASSERT_EQ(coefficients.size(), 4u);
     EXPECT_EQ(coefficients.at(1).size(), 16u);
+    // Each read is handed the size that the library left, not the part of it that was kept.
+    EXPECT_EQ(handed, (std::vector<unsigned>{0, 1000, 1000, 1000}));
 }
 
 TEST(ZorbEffectCoefsConverter, ConvertToBufferConcatenatesInAscendingId) {

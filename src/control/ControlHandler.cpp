@@ -451,33 +451,40 @@ bool ControlHandler::GetParametersArray(std::map<unsigned int, double>& paramete
 bool ControlHandler::GetParametersArray(const std::vector<unsigned int>& ids,
                                         std::vector<unsigned int>& foundIds,
                                         std::vector<double>& values) {
-    std::map<unsigned int, double> all;
-    if (!GetParametersArray(all)) {
-        return false;
-    }
-    foundIds.clear();
-    values.clear();
-    for (unsigned int id : ids) {
-        auto found = all.find(id);
-        if (found != all.end()) {
-            foundIds.push_back(id);
-            values.push_back(found->second);
+    return ReadParameters([&](const auto& all) {
+        foundIds.clear();
+        values.clear();
+        for (unsigned int id : ids) {
+            if (const double* found = FindValue(all, id)) {
+                foundIds.push_back(id);
+                values.push_back(*found);
+            }
         }
-    }
-    return true;
+        return true;
+    });
 }
 
 bool ControlHandler::GetParameter(unsigned int index, double& value) {
+    return ReadParameters([&](const auto& all) {
+        const double* found = FindValue(all, index);
+        if (found == nullptr) {
+            return false;
+        }
+        value = *found;
+        return true;
+    });
+}
+
+template <typename Read>
+bool ControlHandler::ReadParameters(Read read) {
+    // The handle's own list answers without a copy of every parameter.
+    if (!m_tuningPreset && m_presetHandle) {
+        if (const ParameterList* list = m_presetHandle->GetFinalParameterList()) {
+            return read(*list);
+        }
+    }
     std::map<unsigned int, double> all;
-    if (!GetParametersArray(all)) {
-        return false;
-    }
-    auto found = all.find(index);
-    if (found == all.end()) {
-        return false;
-    }
-    value = found->second;
-    return true;
+    return GetParametersArray(all) && read(all);
 }
 
 bool ControlHandler::GetChunk(unsigned int index, std::vector<char>& data) {

@@ -167,6 +167,10 @@ class ControlHandler : public IControlHandler, public IVolumeTableHelper::Volume
     /// takes the changes and the notify flags are cleared.
     bool UpdateNotificationBaseline(const ParameterList& all, const ParameterChanges& changes,
                                     const std::map<unsigned int, std::vector<char>>& chunks);
+    /// Calls read with the current parameters, as a ParameterList or a map, and returns its
+    /// answer; false when there are none.
+    template <typename Read>
+    bool ReadParameters(Read read);
 
     std::shared_ptr<IDspBufferSender> m_dspBufferSender;
     std::shared_ptr<IControlDescription> m_controlDescription;

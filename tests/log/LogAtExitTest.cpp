@@ -21,8 +21,8 @@ TEST(LogAtExit, LoggingWhileTheProcessExitsIsSafeAndTheFileIsDrained) {
     // Exit-time faults depend on thread timing: run the program several times.
     for (int run = 0; run < 20; ++run) {
         unlink(path.c_str());
-        const int status =
-            std::system((std::string(LOG_EXIT_PROBE) + " " + path + " 2>/dev/null").c_str());
+        const int status = std::system(
+            (std::string(PROBE_LAUNCHER " " LOG_EXIT_PROBE " ") + path + " 2>/dev/null").c_str());
         ASSERT_TRUE(WIFEXITED(status)) << "run " << run;
         ASSERT_EQ(WEXITSTATUS(status), 0) << "run " << run;
         std::ifstream file(path);

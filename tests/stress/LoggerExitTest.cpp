@@ -15,6 +15,7 @@
 #include <sstream>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "BringupFiles.h"
 
@@ -26,12 +27,16 @@ constexpr auto kChildLimit = std::chrono::seconds(120);
 
 /// Runs the probe in mode and returns its wait status, or -1 when it had to be killed.
 int RunProbe(const std::string& mode, const std::string& logFile) {
-    const std::string probe = LOG_EXIT_PROBE_PATH;
-    const std::string module = LOG_PROBE_MODULE_PATH;
-    char* argv[] = {const_cast<char*>(probe.c_str()), const_cast<char*>(mode.c_str()),
-                    const_cast<char*>(module.c_str()), const_cast<char*>(logFile.c_str()), nullptr};
+    // The emulator of a cross build, if any, then the probe and its arguments.
+    std::vector<std::string> words;
+    std::istringstream launcher(PROBE_LAUNCHER);
+    for (std::string word; launcher >> word;) words.push_back(word);
+    words.insert(words.end(), {LOG_EXIT_PROBE_PATH, mode, LOG_PROBE_MODULE_PATH, logFile});
+    std::vector<char*> argv;
+    for (std::string& word : words) argv.push_back(&word[0]);
+    argv.push_back(nullptr);
     pid_t child = 0;
-    if (posix_spawn(&child, probe.c_str(), nullptr, nullptr, argv, environ) != 0) return -2;
+    if (posix_spawnp(&child, argv[0], nullptr, nullptr, argv.data(), environ) != 0) return -2;
     const auto deadline = std::chrono::steady_clock::now() + kChildLimit;
     int status = 0;
     while (waitpid(child, &status, WNOHANG) == 0) {

@@ -249,8 +249,7 @@ struct ChunkFields {
         return std::make_unique<T>(index, HexRest(words));
     }
     static std::string Print(const Base& message) {
-        const std::string bytes = Hex(message.GetData());
-        return std::to_string(message.GetIndex()) + (bytes.empty() ? "" : " " + bytes);
+        return Join({std::to_string(message.GetIndex()), Hex(message.GetData())});
     }
 };
 
@@ -329,6 +328,14 @@ struct MeterValueFields {
     }
 };
 
+// "COUNTER TOTAL SESSION" of a piece or of a request for one.
+template <typename Message>
+std::string PieceHeader(const Message& message) {
+    return std::to_string(message.GetCurrentMsgCounter()) + " " +
+           std::to_string(message.GetTotalMsgCount()) + " " +
+           std::to_string(message.GetSessionId());
+}
+
 struct PieceFields {
     using Base = MultipleMessageData;
     static constexpr const char* kUsage = "COUNTER TOTAL SESSION [HEXBYTES]";
@@ -340,10 +347,7 @@ struct PieceFields {
         return std::make_unique<T>(counter, total, session, HexRest(words));
     }
     static std::string Print(const Base& message) {
-        const std::string bytes = Hex(message.GetData());
-        return std::to_string(message.GetCurrentMsgCounter()) + " " +
-               std::to_string(message.GetTotalMsgCount()) + " " +
-               std::to_string(message.GetSessionId()) + (bytes.empty() ? "" : " " + bytes);
+        return Join({PieceHeader(message), Hex(message.GetData())});
     }
 };
 
@@ -356,11 +360,7 @@ struct PieceRequestFields {
         const uint32_t total = words.Uint();
         return std::make_unique<T>(counter, total, words.Uint());
     }
-    static std::string Print(const Base& message) {
-        return std::to_string(message.GetCurrentMsgCounter()) + " " +
-               std::to_string(message.GetTotalMsgCount()) + " " +
-               std::to_string(message.GetSessionId());
-    }
+    static std::string Print(const Base& message) { return PieceHeader(message); }
 };
 
 // Flags of the sections present (parameters, link-law chunk, link-law sources), then

@@ -400,6 +400,7 @@ TEST(ZpsReader, LoadsBothFilesFromDisk) {
     EXPECT_TRUE(reader.Read(set));
     EXPECT_FALSE(factories(system, base + "/none.zps").Read(set));
     ZpsReader directorySystem = factories(base, "");
+    EXPECT_EQ(directorySystem.Read(), nullptr);
     directorySystem.SetZps(system, "");
     EXPECT_NE(directorySystem.Read(), nullptr);
     ZpsReader fromChars(system.c_str(), nullptr, std::make_shared<PresetFactory>(),

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "LogCapture.h"
@@ -34,14 +36,12 @@ TEST(StringUtils, ToIntPairAcceptsAndRejects) {
     int32_t a = 0, b = 0;
     const char* text = "x[3:4]y";
     EXPECT_EQ(ToIntPair(text, a, b), text + 6);
-    EXPECT_EQ(a, 3);
-    EXPECT_EQ(b, 4);
+    EXPECT_EQ(std::make_pair(a, b), std::make_pair(3, 4));
     EXPECT_TRUE(capture.Has(1, "ToIntPair [3:4]y\n "));
 
     const char* spaced = "[ -3: +4]";
     EXPECT_EQ(ToIntPair(spaced, a, b), spaced + 9);
-    EXPECT_EQ(a, -3);
-    EXPECT_EQ(b, 4);
+    EXPECT_EQ(std::make_pair(a, b), std::make_pair(-3, 4));
     EXPECT_TRUE(capture.ErrorTexts().empty());
 
     for (const char* bad : {"[3:4 ]", "[3 :4]", "[3:4", "[3:]", "[:4]", "[3,4]", "[", "[3:4)"}) {
@@ -61,9 +61,7 @@ TEST(StringUtils, ToIntTripleAcceptsAndRejects) {
     int32_t a = 0, b = 0, c = 9;
     const char* text = "id[1:-2:30]rest";
     EXPECT_EQ(ToIntTriple(text, a, b, c), text + 11);
-    EXPECT_EQ(a, 1);
-    EXPECT_EQ(b, -2);
-    EXPECT_EQ(c, 30);
+    EXPECT_EQ(std::make_tuple(a, b, c), std::make_tuple(1, -2, 30));
 
     c = 9;
     EXPECT_EQ(ToIntTriple("[1:2]", a, b, c), nullptr);
@@ -118,8 +116,7 @@ TEST(StringUtils, ToTagAndParametersAndFromTag) {
     std::vector<double> values;
     const char* text = "[1:2][3:0.5,4:1]!";
     EXPECT_EQ(ToTagAndParameters(text, first, second, ids, values), text + 16);
-    EXPECT_EQ(first, 1);
-    EXPECT_EQ(second, 2);
+    EXPECT_EQ(std::make_pair(first, second), std::make_pair(1, 2));
     EXPECT_EQ(ids, (std::vector<int32_t>{3, 4}));
     EXPECT_EQ(values, (std::vector<double>{0.5, 1.0}));
     EXPECT_EQ(ToTagAndParameters("[1:2]", first, second, ids, values), nullptr);
@@ -134,10 +131,7 @@ TEST(StringUtils, ToTagAndParametersAndFromTag) {
     EXPECT_EQ(FromTag(tag, a, b, c, d), nullptr);  // "0X" is not the literal "0x"
     const char* good = "t[12:-3][0xaBc,0xFFFFFFFF]x";
     EXPECT_EQ(FromTag(good, a, b, c, d), good + 26);
-    EXPECT_EQ(a, 12);
-    EXPECT_EQ(b, -3);
-    EXPECT_EQ(c, 0xABCu);
-    EXPECT_EQ(d, 0xFFFFFFFFu);
+    EXPECT_EQ(std::make_tuple(a, b, c, d), std::make_tuple(12, -3, 0xABCu, 0xFFFFFFFFu));
     EXPECT_EQ(FromTag("[1:2][0x1,0x2", a, b, c, d), nullptr);
     EXPECT_EQ(FromTag("[1:2][1,2]", a, b, c, d), nullptr);
     EXPECT_EQ(FromTag("[1:2] [0x1,0x2]", a, b, c, d), nullptr);

@@ -67,24 +67,16 @@ TEST(LinkLawSerializer, WritesGoldenStreamAndReadsAllVersions) {
     std::vector<LinkLawEntry> entries;
     ASSERT_TRUE(serializer.Deserialize(stream.data(), stream.size(), entries));
     EXPECT_TRUE(capture.Has(3, "CLinkLawEntrySerializer::Deserialize."));
-    ASSERT_EQ(entries.size(), 3u);
     first.size = 58;
-    EXPECT_EQ(entries[0], first);
-    EXPECT_EQ(entries[1].size, 36u);
-    EXPECT_EQ(entries[1].version, 0u);
-    EXPECT_EQ(entries[1].MasterControlId, 2801u);
-    EXPECT_EQ(entries[1].SourceControlId, 1u);
-    EXPECT_EQ(entries[1].TargetParamId, 101u);
-    EXPECT_EQ(entries[1].ConversionMethod, "Linear");
-    EXPECT_EQ(entries[1].masterValues, std::vector<float>{5.0f});
-    EXPECT_EQ(entries[1].targetValues, std::vector<float>{2.0f});
-    EXPECT_EQ(entries[1].extraValue0, 0.0f);
-    EXPECT_EQ(entries[2].version, 1u);
-    EXPECT_EQ(entries[2].size, 39u);
-    EXPECT_EQ(entries[2].ConversionMethod, "Log");
-    EXPECT_TRUE(entries[2].masterValues.empty());
-    EXPECT_EQ(entries[2].extraValue0, 1.0f);
-    EXPECT_EQ(entries[2].extraValue1, 2.0f);
+    LinkLawEntry second = Law(1, 2801, 101, {5.0f}, {2.0f});
+    second.size = 36;
+    second.version = 0;
+    LinkLawEntry third = Law(2, 2802, 102, {}, {});  // read back as version 1
+    third.size = 39;
+    third.ConversionMethod = "Log";
+    third.extraValue0 = 1.0f;
+    third.extraValue1 = 2.0f;
+    EXPECT_EQ(entries, (std::vector<LinkLawEntry>{first, second, third}));
     EXPECT_EQ(serializer.GetSize(), stream.size());
 
     // Every entry is written with its method name and trailing floats.
@@ -164,46 +156,41 @@ TEST(LinkLawSerializer, OverlappingEntriesDecodeNoMoreThanTheStreamHolds) {
 
 TEST(LinkLaws, ConvertInterpolatesInFloatAndClamps) {
     LogCapture capture;
-    std::map<unsigned int, double> sources{{0, 0.5}};
-    float out = -1.0f;
-    EXPECT_TRUE(LinkLaws::Convert(Law(0, 2800, 7, {0, 10}, {2, 4}), sources, out));
-    EXPECT_EQ(out, 3.0f);
-    // 0.1 * 10 is 1; 1 * 7 / 3 in float, the product before the quotient.
-    sources[0] = 0.1;
-    EXPECT_TRUE(LinkLaws::Convert(Law(0, 2800, 7, {0, 3}, {0, 7}), sources, out));
-    EXPECT_EQ(static_cast<double>(out), 2.3333332538604736);
-    // Clamps: above the last point, below the first, exactly on a point.
-    const LinkLawEntry law = Law(0, 2800, 7, {0, 500, 1000}, {-10, -4, 0});
-    sources[0] = 150.0;
-    EXPECT_TRUE(LinkLaws::Convert(law, sources, out));
-    EXPECT_EQ(out, 0.0f);
-    sources[0] = -3.0;
-    EXPECT_TRUE(LinkLaws::Convert(law, sources, out));
-    EXPECT_EQ(out, -10.0f);
-    sources[0] = 50.0;
-    EXPECT_TRUE(LinkLaws::Convert(law, sources, out));
-    EXPECT_EQ(out, -4.0f);
-    sources[0] = 75.0;
-    EXPECT_TRUE(LinkLaws::Convert(law, sources, out));
-    EXPECT_EQ(out, -2.0f);
-    // One point: its target, whatever the source.
-    EXPECT_TRUE(LinkLaws::Convert(Law(0, 2800, 7, {3}, {9}), sources, out));
-    EXPECT_EQ(out, 9.0f);
-    // Decreasing points clamp to the first value.
-    sources[0] = 0.5;
-    EXPECT_TRUE(LinkLaws::Convert(Law(0, 2800, 7, {10, 0}, {1, 2}), sources, out));
-    EXPECT_EQ(out, 1.0f);
-    // No law without a valid table; no source, no value.
-    out = -1.0f;
-    EXPECT_FALSE(LinkLaws::Convert(Law(0, 2800, 7, {}, {}), sources, out));
-    EXPECT_FALSE(LinkLaws::Convert(Law(0, 2800, 7, {1, 2}, {1}), sources, out));
-    EXPECT_FALSE(LinkLaws::Convert(Law(3, 2803, 7, {1, 2}, {1, 2}), sources, out));
-    EXPECT_TRUE(capture.Has(0, "could not find source param 3"));
+    const LinkLawEntry steps = Law(0, 2800, 7, {0, 500, 1000}, {-10, -4, 0});
+    struct Case {
+        LinkLawEntry law;
+        double source;
+        float out;
+    };
+    const Case cases[] = {
+        {Law(0, 2800, 7, {0, 10}, {2, 4}), 0.5, 3.0f},
+        // 0.1 * 10 is 1; 1 * 7 / 3 in float, the product before the quotient.
+        {Law(0, 2800, 7, {0, 3}, {0, 7}), 0.1, 2.3333332538604736f},
+        // Clamps: above the last point, below the first, exactly on a point, between two.
+        {steps, 150.0, 0.0f},
+        {steps, -3.0, -10.0f},
+        {steps, 50.0, -4.0f},
+        {steps, 75.0, -2.0f},
+        {Law(0, 2800, 7, {3}, {9}), 75.0, 9.0f},  // one point: its target, whatever the source
+        {Law(0, 2800, 7, {10, 0}, {1, 2}), 0.5, 1.0f},  // decreasing: the first value
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.source);
+        float out = -1.0f;
+        EXPECT_TRUE(LinkLaws::Convert(c.law, {{0, c.source}}, out));
+        EXPECT_EQ(out, c.out);
+    }
+    // No law without a valid table; no source, no value; no method but "Linear".
     LinkLawEntry log = Law(0, 2800, 7, {1, 2}, {1, 2});
     log.ConversionMethod = "Log";
-    EXPECT_FALSE(LinkLaws::Convert(log, sources, out));
+    for (const LinkLawEntry& bad : {Law(0, 2800, 7, {}, {}), Law(0, 2800, 7, {1, 2}, {1}),
+                                    Law(3, 2803, 7, {1, 2}, {1, 2}), log}) {
+        float out = -1.0f;
+        EXPECT_FALSE(LinkLaws::Convert(bad, {{0, 0.5}}, out));
+        EXPECT_EQ(out, -1.0f);
+    }
+    EXPECT_TRUE(capture.Has(0, "could not find source param 3"));
     EXPECT_TRUE(capture.Has(4, "conversion method Log does not support"));
-    EXPECT_EQ(out, -1.0f);
 }
 
 class CountingListener : public ILinkLawsListener {
@@ -269,24 +256,22 @@ TEST(LinkLaws, EntriesSourcesAndCaches) {
 
 TEST(SystemVolumeToMasterValueConverter, SnapsToTenthsInFloat) {
     SystemVolumeToMasterValueConverter converter;
+    // -30 dB: 68.75 -> (68.75 + 0.05) / 0.1 is exactly 688 in float.
+    const std::pair<float, float> cases[] = {{-96.0f, 0.0f},
+                                             {0.0f, 100.0f},
+                                             {-48.0f, 50.0f},
+                                             {-30.0f, 68.80000305175781f},
+                                             {-10.0f, 89.5999984741211f},
+                                             {-95.95f, 0.10000000149011612f}};
+    for (const auto& c : cases) {
+        float master = -1.0f;
+        EXPECT_TRUE(converter.Convert(c.first, master)) << c.first;
+        EXPECT_EQ(master, c.second) << c.first;
+    }
     float master = -1.0f;
-    EXPECT_TRUE(converter.Convert(-96.0f, master));
-    EXPECT_EQ(master, 0.0f);
-    EXPECT_TRUE(converter.Convert(0.0f, master));
-    EXPECT_EQ(master, 100.0f);
-    EXPECT_TRUE(converter.Convert(-48.0f, master));
-    EXPECT_EQ(master, 50.0f);
-    // 68.75 -> (68.75 + 0.05) / 0.1 is exactly 688 in float.
-    EXPECT_TRUE(converter.Convert(-30.0f, master));
-    EXPECT_EQ(static_cast<double>(master), 68.80000305175781);
-    EXPECT_TRUE(converter.Convert(-10.0f, master));
-    EXPECT_EQ(static_cast<double>(master), 89.5999984741211);
-    EXPECT_TRUE(converter.Convert(-95.95f, master));
-    EXPECT_EQ(static_cast<double>(master), 0.10000000149011612);
-    master = -1.0f;
-    EXPECT_FALSE(converter.Convert(0.1f, master));
-    EXPECT_FALSE(converter.Convert(-96.1f, master));
-    EXPECT_FALSE(converter.Convert(std::numeric_limits<float>::quiet_NaN(), master));
+    for (float refused : {0.1f, -96.1f, std::numeric_limits<float>::quiet_NaN()}) {
+        EXPECT_FALSE(converter.Convert(refused, master)) << refused;
+    }
     EXPECT_EQ(master, -1.0f);
     EXPECT_EQ(SnapToStep(0.24f, 0.5f), 0.0f);
     EXPECT_EQ(SnapToStep(0.25f, 0.5f), 0.5f);

@@ -7,25 +7,18 @@
 
 #include "LogCapture.h"
 #include "PresetTestData.h"
-#include "preset/PresetFactory.h"
 #include "preset/PresetHandle.h"
-#include "preset/PresetHandleFactory.h"
 #include "preset/PresetSet.h"
 #include "preset/SuperPreset.h"
 
 namespace TesselFX {
 namespace {
 
+using test::AddPreset;
 using test::LogCapture;
+using test::MakeSet;
 using test::RecordingListener;
-
-void Add(PresetMap& map, uint32_t om, uint32_t sm, uint32_t mask, uint8_t priority,
-         std::map<unsigned int, double> parameters, std::vector<char> laws = {}) {
-    auto preset = PresetFactory().Create(om, sm, mask, "", "", 0, priority, false);
-    preset->SetParameterArray(parameters);
-    if (!laws.empty()) preset->SetChunk(1, laws);
-    map[{om, sm, mask}] = preset;
-}
+using test::Value;
 
 // Pair (1,1): base {10:1, 11:1, 2821:1} with the law on target 100 (source 0); sub 1
 // (priority 2) {10:2, 12:2}; sub 2 (priority 1) {10:3, 12:3, 13:3}. Pair (1,2): base
@@ -33,23 +26,15 @@ void Add(PresetMap& map, uint32_t om, uint32_t sm, uint32_t mask, uint8_t priori
 struct Fixture {
     Fixture() {
         PresetMap system;
-        Add(system, 1, 1, 0, 0, {{10, 1}, {11, 1}, {2821, 1}}, test::LawOnTarget100());
-        Add(system, 1, 1, 1, 2, {{10, 2}, {12, 2}});
-        Add(system, 1, 1, 2, 1, {{10, 3}, {12, 3}, {13, 3}});
-        Add(system, 1, 2, 0, 0, {{10, 5}}, test::LawOnTarget200());
-        Add(system, 2, 2, 1, 0, {{10, 5}});
-        set = std::make_shared<PresetSet>(system, PresetMap{},
-                                          std::make_shared<PresetHandleFactory>(),
-                                          std::make_shared<PresetFactory>());
+        AddPreset(system, 1, 1, 0, 0, {{10, 1}, {11, 1}, {2821, 1}}, test::LawOnTarget100());
+        AddPreset(system, 1, 1, 1, 2, {{10, 2}, {12, 2}});
+        AddPreset(system, 1, 1, 2, 1, {{10, 3}, {12, 3}, {13, 3}});
+        AddPreset(system, 1, 2, 0, 0, {{10, 5}}, test::LawOnTarget200());
+        AddPreset(system, 2, 2, 1, 0, {{10, 5}});
+        set = MakeSet(system);
     }
     std::shared_ptr<PresetSet> set;
 };
-
-double Value(const std::shared_ptr<IPresetHandle>& handle, unsigned int id) {
-    double value = -1.0;
-    handle->GetParameter(id, value);
-    return value;
-}
 
 TEST(PresetHandle, MergesByPresetOrderWithUserTwins) {
     LogCapture capture;
@@ -169,6 +154,12 @@ TEST(PresetHandle, UserLawsReplaceSystemLawsAndServeChunkOne) {
     handle->SetLinkLawValue(1, 1.0);
     EXPECT_EQ(Value(handle, 200), 7.0);
     EXPECT_EQ(Value(handle, 100), -1.0);
+
+    // A pair without laws serves an empty chunk.
+    auto plain = f.set->RequestPresetHandle(2, 2);
+    EXPECT_TRUE(plain->GetChunk(1, chunk));
+    EXPECT_TRUE(chunk.empty());
+    EXPECT_TRUE(plain->GetLinkLawEntries().empty());
 }
 
 TEST(PresetHandle, SuperPresetLiesOverEveryPair) {

@@ -2,7 +2,6 @@
 
 #include "LogCapture.h"
 #include "PresetTestData.h"
-#include "preset/PresetFactory.h"
 #include "preset/PresetHandleFactory.h"
 #include "preset/PresetSet.h"
 #include "preset/PresetSetFactory.h"
@@ -11,52 +10,38 @@
 namespace TesselFX {
 namespace {
 
+using test::AddPreset;
 using test::LogCapture;
 using test::RecordingListener;
-
-std::shared_ptr<IPreset> MakePreset(PresetMap& map, uint32_t om, uint32_t sm, uint32_t mask,
-                                    uint8_t priority, std::map<unsigned int, double> parameters,
-                                    bool isUser = false, uint16_t flags = 0) {
-    PresetFactory factory;
-    auto preset = factory.Create(om, sm, mask, "P" + std::to_string(om) + std::to_string(sm), "r",
-                                 flags, priority, isUser);
-    preset->SetParameterArray(parameters);
-    map[{om, sm, mask}] = preset;
-    return preset;
-}
 
 // Pair (1,1): base {10:1, 11:1}, sub 1 (priority 1) {11:2, 12:2}, sub 4 (priority 0)
 // {10:4, 13:4}. Pairs (1,2), (2,1) and (2,5) have a base only; sound mode 5 exists under
 // output mode 2 alone.
 PresetMap SystemPresets() {
     PresetMap map;
-    MakePreset(map, 1, 1, 0, 0, {{10, 1.0}, {11, 1.0}}, false, 1);
-    MakePreset(map, 1, 1, 1, 1, {{11, 2.0}, {12, 2.0}});
-    MakePreset(map, 1, 1, 4, 0, {{10, 4.0}, {13, 4.0}});
-    MakePreset(map, 1, 2, 0, 0, {{10, 5.0}});
-    MakePreset(map, 2, 1, 0, 0, {{10, 6.0}});
-    MakePreset(map, 2, 5, 0, 0, {{10, 7.0}});
+    AddPreset(map, 1, 1, 0, 0, {{10, 1.0}, {11, 1.0}}, {}, false, 1);
+    AddPreset(map, 1, 1, 1, 1, {{11, 2.0}, {12, 2.0}});
+    AddPreset(map, 1, 1, 4, 0, {{10, 4.0}, {13, 4.0}});
+    AddPreset(map, 1, 2, 0, 0, {{10, 5.0}});
+    AddPreset(map, 2, 1, 0, 0, {{10, 6.0}});
+    AddPreset(map, 2, 5, 0, 0, {{10, 7.0}});
     return map;
 }
 
 std::shared_ptr<PresetSet> MakeSet(const PresetMap& user = {}) {
-    return std::make_shared<PresetSet>(SystemPresets(), user,
-                                       std::make_shared<PresetHandleFactory>(),
-                                       std::make_shared<PresetFactory>());
+    return test::MakeSet(SystemPresets(), user);
 }
 
 double UserValue(const std::shared_ptr<PresetSet>& set, uint32_t om, uint32_t sm, uint32_t mask,
                  unsigned int id) {
-    double value = -1.0;
-    set->GetUserPreset(om, sm, mask)->GetParameter(id, value);
-    return value;
+    return test::Value(set->GetUserPreset(om, sm, mask), id);
 }
 
 TEST(PresetSet, PairsEverySystemPresetWithAUserTwin) {
     LogCapture capture;
     PresetMap user;
-    auto stored = MakePreset(user, 1, 1, 1, 1, {{11, 9.0}}, true);
-    MakePreset(user, 7, 7, 0, 0, {{1, 1.0}}, true);  // no system twin: dropped
+    auto stored = AddPreset(user, 1, 1, 1, 1, {{11, 9.0}}, {}, true);
+    AddPreset(user, 7, 7, 0, 0, {{1, 1.0}}, {}, true);  // no system twin: dropped
     auto set = MakeSet(user);
     EXPECT_EQ(set->GetUserPresets().size(), 6u);
     EXPECT_EQ(set->GetUserPreset(7, 7, 0), nullptr);
@@ -91,9 +76,7 @@ TEST(PresetSet, PairsEverySystemPresetWithAUserTwin) {
     EXPECT_TRUE(capture.Has(1, "GetSystemPreset 1 1 4"));
     EXPECT_EQ(set->GetSystemPresets().size(), 6u);
 
-    PresetSet empty({}, {}, std::make_shared<PresetHandleFactory>(),
-                    std::make_shared<PresetFactory>());
-    EXPECT_FALSE(empty.IsPresetsLoaded());
+    EXPECT_FALSE(test::MakeSet({})->IsPresetsLoaded());
     EXPECT_TRUE(capture.Has(1, "IsPresetsLoaded: false"));
 }
 
@@ -272,7 +255,7 @@ TEST(PresetSet, ReplacesAndClearsPresets) {
 
     // New user presets only: twins come from them, system presets stay.
     PresetMap user;
-    MakePreset(user, 1, 2, 0, 0, {{61, 1.0}}, true);
+    AddPreset(user, 1, 2, 0, 0, {{61, 1.0}}, {}, true);
     set->SetPresets({}, false, user, true);
     EXPECT_TRUE(
         capture.Has(1, "SetPresets() isSystemPresetValid = false isUserPresetValid = true"));
@@ -282,8 +265,8 @@ TEST(PresetSet, ReplacesAndClearsPresets) {
 
     // New system presets: everything is rebuilt from them and the last loaded user presets.
     PresetMap system;
-    MakePreset(system, 1, 2, 0, 0, {{10, 5.0}});
-    MakePreset(system, 3, 3, 0, 0, {{10, 5.0}});
+    AddPreset(system, 1, 2, 0, 0, {{10, 5.0}});
+    AddPreset(system, 3, 3, 0, 0, {{10, 5.0}});
     set->SetPresets(system, true, {}, false);
     EXPECT_EQ(set->GetOmSms(), (std::set<OmSm>{{1, 2}, {3, 3}}));
     EXPECT_EQ(UserValue(set, 1, 2, 0, 61), 1.0);
@@ -333,15 +316,6 @@ TEST(PresetSet, DumpsSystemThenUserPresets) {
     EXPECT_TRUE(std::make_shared<PresetSetFactory>()
                     ->Create(SystemPresets(), {}, std::make_shared<PresetHandleFactory>())
                     ->Validate());
-}
-
-TEST(PresetHandle, WithoutLawsServesAnEmptyChunk) {
-    LogCapture capture;
-    auto handle = MakeSet()->RequestPresetHandle(1, 2);
-    std::vector<char> chunk{1};
-    EXPECT_TRUE(handle->GetChunk(1, chunk));
-    EXPECT_TRUE(chunk.empty());
-    EXPECT_TRUE(handle->GetLinkLawEntries().empty());
 }
 
 }  // namespace

@@ -1,9 +1,15 @@
 #pragma once
 
+#include <map>
+#include <memory>
+#include <string>
 #include <vector>
 
 #include "preset/IPresetHandleListener.h"
 #include "preset/OmSm.h"
+#include "preset/PresetFactory.h"
+#include "preset/PresetHandleFactory.h"
+#include "preset/PresetSet.h"
 
 namespace TesselFX {
 namespace test {
@@ -42,6 +48,35 @@ class RecordingListener : public IPresetHandleListener {
     }
     std::vector<OmSm> calls;
 };
+
+/// Puts a preset named "P<om><sm>" with remarks "r" into the map and returns it; laws, when
+/// given, become its chunk 1.
+inline std::shared_ptr<IPreset> AddPreset(PresetMap& map, uint32_t om, uint32_t sm, uint32_t mask,
+                                          uint8_t priority,
+                                          const std::map<unsigned int, double>& parameters,
+                                          const std::vector<char>& laws = {}, bool isUser = false,
+                                          uint16_t flags = 0) {
+    auto preset = PresetFactory().Create(
+        om, sm, mask, "P" + std::to_string(om) + std::to_string(sm), "r", flags, priority, isUser);
+    preset->SetParameterArray(parameters);
+    if (!laws.empty()) preset->SetChunk(1, laws);
+    map[{om, sm, mask}] = preset;
+    return preset;
+}
+
+/// A preset set over these presets with the real factories.
+inline std::shared_ptr<PresetSet> MakeSet(const PresetMap& system, const PresetMap& user = {}) {
+    return std::make_shared<PresetSet>(system, user, std::make_shared<PresetHandleFactory>(),
+                                       std::make_shared<PresetFactory>());
+}
+
+/// The value of a parameter as a preset, handle or tuning preset reads it; -1 when absent.
+template <typename Holder>
+double Value(const Holder& holder, unsigned int id) {
+    double value = -1.0;
+    holder->GetParameter(id, value);
+    return value;
+}
 
 inline std::vector<char> Concat(std::vector<char> a, const std::vector<char>& b) {
     a.insert(a.end(), b.begin(), b.end());

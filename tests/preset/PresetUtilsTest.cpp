@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "LogCapture.h"
-#include "PresetTestData.h"
 #include "preset/PresetUtils.h"
 
 namespace TesselFX {
@@ -58,37 +57,6 @@ TEST(PresetUtils, ComparisonReports) {
               "2,2.000000,1.000000~3.000000, , ,\n"
               "3,-1.000000,No points, , ,\n"
               "4, , ,0.250000,0.500000~0.500000,\n");
-}
-
-// A system file of one pair (1,2) whose base has parameter 10 = 1.5, 2821 = 1 and a law
-// on target 200 (source 1, one point giving 7), and whose sub preset 1 has 10 = 4.
-std::vector<char> SmallSystemFile() {
-    using test::B;
-    std::vector<char> file = {'B', 'P', 'B', 'Z', 0, 0, 0, 0, B(0x83), 0, 0, 0, 4, 2, 0,
-                              // Base: 2 + 96 bytes, three items.
-                              96, 0, 1, 2, 0, 0, 0, 0, 3, 0, 0, 0, 0, 0, 1, 'B', 0, 10, 0, 0, 8, 0,
-                              0, 0, 0, 0, 0, 0, B(0xF8), 0x3F, 5, 11, 0, 8, 0, 0, 0, 0, 0, 0, 0,
-                              B(0xF0), 0x3F, 1, 0, 3, 50, 0};
-    file = test::Concat(file, test::LawOnTarget200());
-    return test::Concat(file, {// Sub preset 1: 2 + 28 bytes, one item.
-                               28,  0, 1,  2, 1, 0, 0, 0, 1, 0, 0, 0, 0, 0,    1,
-                               'S', 0, 10, 0, 0, 8, 0, 0, 0, 0, 0, 0, 0, 0x10, 0x40});
-}
-
-TEST(PresetUtils, ReadsParametersFromABuffer) {
-    test::LogCapture capture;
-    Parameters parameters;
-    std::vector<char> laws;
-    ASSERT_TRUE(
-        PresetUtils::GetParametersFromZpsBuffer(SmallSystemFile(), 1, 2, 0, {}, parameters, laws));
-    EXPECT_EQ(parameters, (Parameters{{10, 1.5}, {2821, 1.0}}));
-    EXPECT_EQ(laws, test::LawOnTarget200());
-    ASSERT_TRUE(PresetUtils::GetParametersFromZpsBuffer(SmallSystemFile(), 1, 2, 3, {2821},
-                                                        parameters, laws));
-    EXPECT_EQ(parameters, (Parameters{{10, 4.0}}));
-    EXPECT_FALSE(
-        PresetUtils::GetParametersFromZpsBuffer(SmallSystemFile(), 1, 3, 0, {}, parameters, laws));
-    EXPECT_FALSE(PresetUtils::GetParametersFromZpsBuffer({'x'}, 1, 2, 0, {}, parameters, laws));
 }
 
 }  // namespace

@@ -4,15 +4,13 @@
 
 #include "LogCapture.h"
 #include "PresetTestData.h"
-#include "preset/PresetFactory.h"
-#include "preset/PresetHandleFactory.h"
-#include "preset/PresetSet.h"
 #include "preset/TuningPreset.h"
 
 namespace TesselFX {
 namespace {
 
 using test::LogCapture;
+using test::Value;
 using Parameters = std::map<unsigned int, double>;
 
 const char* const kDisabled = "TuningPreset::UpdateLinkLawsState DISABLED";
@@ -24,12 +22,6 @@ const char* const kMerge = "TuningPreset::MergeLinkLawsParamsToBase";
 std::shared_ptr<TuningPreset> MakeTuningPreset() {
     return std::make_shared<TuningPreset>(std::make_shared<CLinkLawEntrySerializer>(),
                                           std::make_shared<LinkLaws>());
-}
-
-double Value(TuningPreset& preset, unsigned int id) {
-    double value = -1.0;
-    preset.GetParameter(id, value);
-    return value;
 }
 
 // Base {7: 2, 100: 1} and the law of source 0 on target 100 (target = source / 10), with
@@ -60,13 +52,13 @@ TEST(TuningPreset, StatesFollowTheTwoSwitchesWithTheirLogs) {
               (Parameters{{7, 2.0}, {100, 5.0}, {2800, 50.0}, {2821, 1.0}}));
     EXPECT_FALSE(f.preset->IsParametersChanged());
     f.preset->SetLinkLawValue(0, 20.0);
-    EXPECT_EQ(Value(*f.preset, 100), 2.0);
+    EXPECT_EQ(Value(f.preset, 100), 2.0);
 
     // Staying ACTIVE folds nothing either; writing the target keeps the law on top.
     capture.Clear();
     f.preset->SetParameterArray(Parameters{{2821, 1.0}, {100, 9.0}});
     EXPECT_EQ(capture.Texts(1), std::vector<std::string>{kActive});
-    EXPECT_EQ(Value(*f.preset, 100), 2.0);
+    EXPECT_EQ(Value(f.preset, 100), 2.0);
 
     // SIMULATION folds the results of the moment into the base, then reads see the base only.
     capture.Clear();
@@ -77,11 +69,11 @@ TEST(TuningPreset, StatesFollowTheTwoSwitchesWithTheirLogs) {
     EXPECT_EQ(f.preset->GetAllParameters(),
               (Parameters{{7, 2.0}, {100, 2.0}, {2800, 20.0}, {2820, 1.0}, {2821, 1.0}}));
     f.preset->SetParameter(100, 3.0);
-    EXPECT_EQ(Value(*f.preset, 100), 3.0);
+    EXPECT_EQ(Value(f.preset, 100), 3.0);
 
     // Back to ACTIVE, then 2821 at 0.0 folds the law's values: reads keep them.
     f.preset->SetParameter(2820, 0.0);
-    EXPECT_EQ(Value(*f.preset, 100), 8.0);
+    EXPECT_EQ(Value(f.preset, 100), 8.0);
     capture.Clear();
     f.preset->SetParameter(2821, 0.0);
     EXPECT_EQ(capture.Texts(1), (std::vector<std::string>{kDisabled, kDeactivate, kMerge}));
@@ -97,18 +89,18 @@ TEST(TuningPreset, StatesFollowTheTwoSwitchesWithTheirLogs) {
     // DISABLED to SIMULATION folds what the laws compute now, source 0 at 10.
     f.preset->SetParameter(2821, 1.0);
     EXPECT_EQ(f.preset->GetLinkLawsState(), TuningPreset::SIMULATION);
-    EXPECT_EQ(Value(*f.preset, 100), 1.0);
-    EXPECT_EQ(Value(*f.preset, 2800), 10.0);
+    EXPECT_EQ(Value(f.preset, 100), 1.0);
+    EXPECT_EQ(Value(f.preset, 2800), 10.0);
 }
 
 TEST(TuningPreset, ForcedStatesFoldUnlessActive) {
     Fixture f;
     f.preset->SetLinkLawsState(TuningPreset::ACTIVE);
-    EXPECT_EQ(Value(*f.preset, 100), 5.0);
+    EXPECT_EQ(Value(f.preset, 100), 5.0);
     LogCapture capture;
     f.preset->SetLinkLawsState(TuningPreset::SIMULATION);
     EXPECT_EQ(capture.Texts(1), (std::vector<std::string>{kDeactivate, kMerge}));
-    EXPECT_EQ(Value(*f.preset, 100), 5.0);
+    EXPECT_EQ(Value(f.preset, 100), 5.0);
 
     // Only the switches move the state; the values are not stored.
     auto other = MakeTuningPreset();
@@ -185,11 +177,11 @@ TEST(TuningPreset, ChunksAndSources) {
     EXPECT_EQ(f.preset->GetLinkLawEntries().size(), 3u);
     EXPECT_EQ(f.preset->GetAllChunks(),
               (std::map<unsigned int, std::vector<char>>{{1, laws}, {4, other}}));
-    EXPECT_EQ(Value(*f.preset, 100), 1.0);
-    EXPECT_EQ(Value(*f.preset, 200), -1.0);
+    EXPECT_EQ(Value(f.preset, 100), 1.0);
+    EXPECT_EQ(Value(f.preset, 200), -1.0);
     EXPECT_TRUE(f.preset->SetLinkLawValue(1, 0.25));
-    EXPECT_EQ(Value(*f.preset, 200), 7.0);
-    EXPECT_EQ(Value(*f.preset, 2801), 0.25);
+    EXPECT_EQ(Value(f.preset, 200), 7.0);
+    EXPECT_EQ(Value(f.preset, 2801), 0.25);
 
     // A source outside 0 to 4 changes nothing and still answers true.
     f.preset->RefreshParameters();
@@ -200,8 +192,8 @@ TEST(TuningPreset, ChunksAndSources) {
 
     // Clearing the source drops the law's result and its master parameter.
     EXPECT_TRUE(f.preset->ClearLinkLawSource(1));
-    EXPECT_EQ(Value(*f.preset, 200), -1.0);
-    EXPECT_EQ(Value(*f.preset, 2801), -1.0);
+    EXPECT_EQ(Value(f.preset, 200), -1.0);
+    EXPECT_EQ(Value(f.preset, 2801), -1.0);
 
     // Disabled link laws leave the stored chunk as it was.
     f.preset->SetParameter(2821, 0.0);
@@ -211,13 +203,9 @@ TEST(TuningPreset, ChunksAndSources) {
 
 TEST(TuningPreset, StartsFromTheHandlesViewWithoutLinkLaws) {
     PresetMap system;
-    auto base = PresetFactory().Create(1, 1, 0, "", "", 0, 0, false);
-    base->SetParameterArray(Parameters{{10, 1.0}, {100, 1.0}, {2821, 1.0}});
-    base->SetChunk(ZBAC_LINKLAWS, test::LawOnTarget100());
-    system[{1, 1, 0}] = base;
-    auto set =
-        std::make_shared<PresetSet>(system, PresetMap{}, std::make_shared<PresetHandleFactory>(),
-                                    std::make_shared<PresetFactory>());
+    test::AddPreset(system, 1, 1, 0, 0, {{10, 1.0}, {100, 1.0}, {2821, 1.0}},
+                    test::LawOnTarget100());
+    auto set = test::MakeSet(system);
     auto handle = set->RequestPresetHandle(1, 1);
     ASSERT_TRUE(handle);
     handle->SetLinkLawValue(0, 30.0);
@@ -238,10 +226,10 @@ TEST(TuningPreset, StartsFromTheHandlesViewWithoutLinkLaws) {
 
     // Its own laws: the handle does not see the tool's source value, nor the reverse.
     preset->SetLinkLawValue(0, 60.0);
-    EXPECT_EQ(Value(*preset, 100), 6.0);
+    EXPECT_EQ(Value(preset, 100), 6.0);
     EXPECT_EQ(handle->GetAllParameters().at(100), 3.0);
     preset->SetParameter(2821, 0.0);
-    EXPECT_EQ(Value(*preset, 100), 6.0);
+    EXPECT_EQ(Value(preset, 100), 6.0);
     EXPECT_EQ(handle->GetAllParameters().at(100), 3.0);
 }
 

@@ -272,6 +272,23 @@ TEST(ZpsBufferReader, APairWithoutBasePresetOrWithAMultiBitMaskMergesToNothing) 
     }
 }
 
+TEST(PresetUtils, ReadsParametersFromABuffer) {
+    LogCapture capture;
+    std::map<unsigned int, double> parameters;
+    std::vector<char> laws;
+    ASSERT_TRUE(
+        PresetUtils::GetParametersFromZpsBuffer(SystemFile(), 1, 2, 0, {}, parameters, laws));
+    EXPECT_EQ(parameters, (std::map<unsigned int, double>{{10, 1.5}, {11, -2.0}}));
+    EXPECT_EQ(laws, test::LawOnTarget200());
+    // Sub preset 1 over the base, parameter 11 excluded.
+    ASSERT_TRUE(
+        PresetUtils::GetParametersFromZpsBuffer(SystemFile(), 1, 2, 3, {11}, parameters, laws));
+    EXPECT_EQ(parameters, (std::map<unsigned int, double>{{10, 1.5}, {12, 4.0}}));
+    EXPECT_FALSE(
+        PresetUtils::GetParametersFromZpsBuffer(SystemFile(), 1, 3, 0, {}, parameters, laws));
+    EXPECT_FALSE(PresetUtils::GetParametersFromZpsBuffer({'x'}, 1, 2, 0, {}, parameters, laws));
+}
+
 std::shared_ptr<IPresetSet> ChangedSet() {
     auto reader = MakeReader();
     EXPECT_TRUE(reader->ParseBuffer(SystemFile(), false));
@@ -346,47 +363,47 @@ TEST(ZpsReader, LoadsBothFilesFromDisk) {
                          std::make_shared<PresetHandleFactory>());
     };
 
-    ZpsReader reader = factories(base + "/system.zps", base + "/user.zps");
+    // Each pair of paths: whether a set comes out, and the line that tells why.
+    struct Case {
+        std::string system, user;
+        bool read;
+        uint32_t level;
+        std::string text;
+    };
+    const std::string system = base + "/system.zps";
+    const Case cases[] = {
+        {system, base + "/user.zps", true, 1,
+         "LoadFile zps : " + base + "/user.zps isUserZps : yes"},
+        {system, "", true, 1, "user zps is empty string"},
+        {system, base + "/empty.zps", true, 1, "the size of user zps is 0"},
+        // A device has no size to seek to: as an empty user file it is fine, as a system file not.
+        {system, "/dev/null", true, 1, "the size of user zps is 0"},
+        {"/dev/null", "", false, 4, "LoadFile: /dev/null size = 0"},
+        {system, base + "/none.zps", false, 4,
+         "open file (" + base + "/none.zps) failed! 2, No such file or directory"},
+        {base + "/empty.zps", "", false, 4, "LoadFile: " + base + "/empty.zps size = 0"},
+        {"", "", false, 4, "system zps is empty string"},
+        {base, "", false, 4, "open file (" + base + ") failed! 21, Is a directory"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.system + " " + c.user);
+        capture.Clear();
+        EXPECT_EQ(factories(c.system, c.user).Read() != nullptr, c.read);
+        EXPECT_TRUE(capture.Has(c.level, c.text));
+    }
+
+    ZpsReader reader = factories(system, base + "/user.zps");
     auto set = reader.Read();
     ASSERT_NE(set, nullptr);
     EXPECT_EQ(set->GetUserPreset(1, 2, 0)->GetAllParameters(),
               (std::map<unsigned int, double>{{10, 3.0}}));
-    EXPECT_TRUE(capture.Has(1, "LoadFile zps : " + base + "/user.zps isUserZps : yes"));
     EXPECT_TRUE(reader.Read(set));
-
-    ZpsReader noUser = factories(base + "/system.zps", "");
-    EXPECT_NE(noUser.Read(), nullptr);
-    EXPECT_TRUE(capture.Has(1, "user zps is empty string"));
-    ZpsReader emptyUser = factories(base + "/system.zps", base + "/empty.zps");
-    EXPECT_NE(emptyUser.Read(), nullptr);
-    EXPECT_TRUE(capture.Has(1, "the size of user zps is 0"));
-
-    // A device has no size to seek to: as an empty user file it is fine, as a system file not.
-    capture.Clear();
-    ZpsReader deviceUser = factories(base + "/system.zps", "/dev/null");
-    EXPECT_NE(deviceUser.Read(), nullptr);
-    EXPECT_TRUE(capture.Has(1, "the size of user zps is 0"));
-    ZpsReader deviceSystem = factories("/dev/null", "");
-    EXPECT_EQ(deviceSystem.Read(), nullptr);
-    EXPECT_TRUE(capture.Has(4, "LoadFile: /dev/null size = 0"));
-
-    ZpsReader missingUser = factories(base + "/system.zps", base + "/none.zps");
-    EXPECT_EQ(missingUser.Read(), nullptr);
-    EXPECT_TRUE(
-        capture.Has(4, "open file (" + base + "/none.zps) failed! 2, No such file or directory"));
-    EXPECT_FALSE(missingUser.Read(set));
-    ZpsReader emptySystem = factories(base + "/empty.zps", "");
-    EXPECT_EQ(emptySystem.Read(), nullptr);
-    EXPECT_TRUE(capture.Has(4, "LoadFile: " + base + "/empty.zps size = 0"));
-    ZpsReader noSystem = factories("", "");
-    EXPECT_EQ(noSystem.Read(), nullptr);
-    EXPECT_TRUE(capture.Has(4, "system zps is empty string"));
+    EXPECT_FALSE(factories(system, base + "/none.zps").Read(set));
     ZpsReader directorySystem = factories(base, "");
     EXPECT_EQ(directorySystem.Read(), nullptr);
-    EXPECT_TRUE(capture.Has(4, "open file (" + base + ") failed! 21, Is a directory"));
-    directorySystem.SetZps(base + "/system.zps", "");
+    directorySystem.SetZps(system, "");
     EXPECT_NE(directorySystem.Read(), nullptr);
-    ZpsReader fromChars((base + "/system.zps").c_str(), nullptr, std::make_shared<PresetFactory>(),
+    ZpsReader fromChars(system.c_str(), nullptr, std::make_shared<PresetFactory>(),
                         std::make_shared<PresetSetFactory>(),
                         std::make_shared<PresetHandleFactory>());
     EXPECT_NE(fromChars.Read(), nullptr);

@@ -36,10 +36,10 @@ struct RecordedLog {
 
 TEST(TesselLogSettings, SettersRefuseUntilTheLoaderHasFinished) {
     TempDir dir;
-    const std::string fifo = dir.File("zorb_conf.ini");
+    const std::string fifo = dir.Path("zorb_conf.ini");
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     auto android = std::make_shared<RecordingOutput>("ANDROID_LOG");
-    TesselLog log(true, {dir.File("absent.ini"), fifo});
+    TesselLog log(true, {dir.Path("absent.ini"), fifo});
     log.ReplaceOutput(0, android);
     // The loader now waits in the open of the pipe until a writer comes.
     EXPECT_FALSE(log.SetLogLevel("TESSEL_LOG_Preset", 4));

@@ -80,11 +80,17 @@ TEST(ZorbEffectCoefsConverter, InitCheckReportsEachMissingMaximum) {
     }
 }
 
-TEST(ZorbEffectCoefsConverter, SetsParametersAsFloatsInIdOrderAndReadsReportedBlocks) {
+/// A converter on MakeEffect's mock.
+class ConverterOnMock : public ::testing::Test {
+  protected:
+    void SetUp() override { ASSERT_TRUE(converter.InitCheck()); }
+
+    std::shared_ptr<NiceMock<MockZorbEffectWrapper>> effect = MakeEffect();
+    ZorbEffectCoefsConverter converter{effect};
+};
+
+TEST_F(ConverterOnMock, SetsParametersAsFloatsInIdOrderAndReadsReportedBlocks) {
     AndroidLogCapture log;
-    auto effect = MakeEffect();
-    ZorbEffectCoefsConverter converter(effect);
-    ASSERT_TRUE(converter.InitCheck());
     {
         InSequence order;
         EXPECT_CALL(*effect, Control_Deferred_Set(3, 0.1f))
@@ -108,11 +114,8 @@ TEST(ZorbEffectCoefsConverter, SetsParametersAsFloatsInIdOrderAndReadsReportedBl
     EXPECT_EQ(log.Texts(), Strings{"m_pZorbEffect->Control_Coefficient_Get failed on id 2"});
 }
 
-TEST(ZorbEffectCoefsConverter, UpdateDecidesWhatComesBack) {
+TEST_F(ConverterOnMock, UpdateDecidesWhatComesBack) {
     AndroidLogCapture log;
-    auto effect = MakeEffect();
-    ZorbEffectCoefsConverter converter(effect);
-    ASSERT_TRUE(converter.InitCheck());
     std::map<uint32_t, std::vector<char>> coefficients = {{77, {'o'}}};
 
     // An empty map still updates, and what the update reports is read.
@@ -155,10 +158,7 @@ TEST(ZorbEffectCoefsConverter, UpdateDecidesWhatComesBack) {
     EXPECT_EQ(nullLog.Texts(), Strings{"NULL == m_pZorbEffect"});
 }
 
-TEST(ZorbEffectCoefsConverter, OversizedAnswersOfTheLibraryStayInsideTheWorkAreas) {
-    auto effect = MakeEffect();
-    ZorbEffectCoefsConverter converter(effect);
-    ASSERT_TRUE(converter.InitCheck());
+TEST_F(ConverterOnMock, OversizedAnswersOfTheLibraryStayInsideTheWorkAreas) {
     // Six ids against a work area of four, and a size above the 16-byte buffer.
     EXPECT_CALL(*effect, Control_Deferred_Update(_, _)).WillOnce([](int* ids, unsigned* count) {
         for (int i = 0; i < 4; ++i) ids[i] = i + 1;
@@ -181,10 +181,7 @@ TEST(ZorbEffectCoefsConverter, OversizedAnswersOfTheLibraryStayInsideTheWorkArea
     EXPECT_EQ(handed, (std::vector<unsigned>{0, 1000, 1000, 1000}));
 }
 
-TEST(ZorbEffectCoefsConverter, ConvertToBufferConcatenatesInAscendingId) {
-    auto effect = MakeEffect();
-    ZorbEffectCoefsConverter converter(effect);
-    ASSERT_TRUE(converter.InitCheck());
+TEST_F(ConverterOnMock, ConvertToBufferConcatenatesInAscendingId) {
     ReportIds(*effect, {8, 3});
     Block(*effect, 8, 1, 'h', 0);
     Block(*effect, 3, 2, 'l', 1);

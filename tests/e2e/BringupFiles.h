@@ -1,8 +1,5 @@
 #pragma once
 
-#include <stdlib.h>
-#include <unistd.h>
-
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -11,42 +8,13 @@
 #include <utility>
 #include <vector>
 
+#include "../support/TempDir.h"
+
 // Files for bring-up tests: a private temporary directory, preset file bytes laid out by hand
 // and configuration text.
 namespace bringup_test {
 
-/// A directory under /tmp that is removed with everything written through it.
-class TempDir {
-  public:
-    TempDir() {
-        char pattern[] = "/tmp/zb_bringup_XXXXXX";
-        const char* made = mkdtemp(pattern);
-        m_path = made ? made : "/tmp";
-    }
-    ~TempDir() {
-        for (const std::string& file : m_files) unlink(file.c_str());
-        rmdir(m_path.c_str());
-    }
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
-
-    /// Writes bytes to name inside the directory and returns the full path.
-    std::string Write(const std::string& name, const std::string& bytes) {
-        const std::string path = m_path + "/" + name;
-        FILE* file = fopen(path.c_str(), "wb");
-        if (file) {
-            fwrite(bytes.data(), 1, bytes.size(), file);
-            fclose(file);
-        }
-        m_files.push_back(path);
-        return path;
-    }
-    std::string Path(const std::string& name) const { return m_path + "/" + name; }
-
-  private:
-    std::string m_path;
-    std::vector<std::string> m_files;
-};
+using TesselFX::test::TempDir;
 
 /// Little-endian byte writers.
 inline void PutU8(std::string& out, uint32_t v) { out.push_back(static_cast<char>(v & 0xFF)); }

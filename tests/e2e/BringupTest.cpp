@@ -408,13 +408,12 @@ TEST_F(BringupTest, FailedInitialisationsLeaveNoHandlers) {
     const std::string badMagic = m_dir.Write("bad.zps", "BPBX\x08\x00\x00\x00");
     const std::string truncated = m_dir.Write("short.zps", SystemPresets().substr(0, 3));
 
-    EXPECT_EQ(zb_initialize(m_handle, m_dir.Path("missing.zps").c_str(), "", m_configPath.c_str(),
-                            RecordingSender),
-              0);
-    EXPECT_EQ(zb_initialize(m_handle, badMagic.c_str(), "", m_configPath.c_str(), RecordingSender),
-              0);
-    EXPECT_EQ(zb_initialize(m_handle, truncated.c_str(), "", m_configPath.c_str(), RecordingSender),
-              0);
+    const std::string good = m_presetPath;
+    for (const std::string& presets : {m_dir.Path("missing.zps"), badMagic, truncated}) {
+        m_presetPath = presets;
+        EXPECT_EQ(Init(), 0) << presets;
+    }
+    m_presetPath = good;
     EXPECT_EQ(zb_initialize(m_handle, m_presetPath.c_str(), m_dir.Path("missing.zps").c_str(),
                             m_configPath.c_str(), RecordingSender),
               0);
@@ -439,6 +438,18 @@ TEST_F(BringupTest, FailedInitialisationsLeaveNoHandlers) {
     ASSERT_EQ(Init(m_configPath, nullptr), 1);
     EXPECT_EQ(zb_set_active(m_handle, 1, 1, 2), 0);
     EXPECT_TRUE(Take().empty());
+}
+
+// Found by fuzzing: the pair (1,2) has no base preset and its one sub preset carries the mask
+// 0x3D of five bits. Its merge threw std::out_of_range through zb_set_active.
+TEST_F(BringupTest, APairWithoutBasePresetOrWithAMultiBitMaskDoesNotThrow) {
+    m_presetPath = m_dir.Write("broken.zps", PresetFile({Preset(1, 1, 0, 0, {{1, 0.0}}),
+                                                         Preset(1, 2, 0x3D, 0, {{1054, 9.0}})}));
+    ASSERT_EQ(Init(), 1);
+    EXPECT_NO_THROW(zb_set_active(m_handle, 1, 1, 2));
+    EXPECT_NO_THROW(zb_set_volume(m_handle, 1, 0.5));
+    EXPECT_NO_THROW(zb_on_dsp_wakeup(m_handle, 1));
+    EXPECT_EQ(zb_set_active(m_handle, 1, 1, 1), 1);
 }
 
 TEST_F(BringupTest, ASecondInitialisationReplacesTheGraphAndAFailedOneKeepsIt) {

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <utility>
 
 #include "BringupFiles.h"
 
@@ -10,16 +11,10 @@
 // 1038; one control, Speaker, on instance 1. DSPKIT_SIM_PATH names the stand-in DSP library.
 namespace bringup_test {
 
+/// A base preset (mask 0) at priority 0, a sub preset at 1.
 inline PresetRecord ModePreset(uint32_t om, uint32_t sm, uint32_t mask,
                                std::map<unsigned, double> values) {
-    PresetRecord record;
-    record.outputMode = om;
-    record.soundMode = sm;
-    record.subtypeMask = mask;
-    record.priority = mask == 0 ? 0 : 1;
-    record.name = "p" + std::to_string(om) + std::to_string(sm) + std::to_string(mask);
-    record.parameters = std::move(values);
-    return record;
+    return Preset(om, sm, mask, mask == 0 ? 0 : 1, std::move(values));
 }
 
 inline std::string ThreeModePresets() {

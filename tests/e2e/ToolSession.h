@@ -53,15 +53,6 @@ inline int RecordingNotifier(void* handle, const void* data, uint32_t size, void
     return tool->result;
 }
 
-inline PresetRecord SimplePreset(uint32_t om, uint32_t sm, std::map<unsigned, double> parameters) {
-    PresetRecord record;
-    record.outputMode = om;
-    record.soundMode = sm;
-    record.name = "p" + std::to_string(om) + std::to_string(sm);
-    record.parameters = std::move(parameters);
-    return record;
-}
-
 /// Twenty parameters 2000 to 2019 with values 0.5 to 19.5: Many (2,1).
 inline std::map<unsigned, double> ManyParameters() {
     std::map<unsigned, double> many{{1, 0.0}};
@@ -75,9 +66,9 @@ class ToolSessionTest : public ::testing::Test {
   protected:
     void SetUp() override {
         const std::string presets =
-            m_dir.Write("system.zps", PresetFile({SimplePreset(1, 1, {{1, 0.0}, {1006, 1.0}}),
-                                                  SimplePreset(1, 2, {{1, 0.0}, {1022, 2.0}}),
-                                                  SimplePreset(2, 1, ManyParameters())}));
+            m_dir.Write("system.zps", PresetFile({Preset(1, 1, 0, 0, {{1, 0.0}, {1006, 1.0}}),
+                                                  Preset(1, 2, 0, 0, {{1, 0.0}, {1022, 2.0}}),
+                                                  Preset(2, 1, 0, 0, ManyParameters())}));
         const std::string config = m_dir.Write(
             "hal.ini",
             "[HAL_SUPPORTED_SAMPLE_RATES]\nrates=48000\n"

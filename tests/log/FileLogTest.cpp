@@ -21,15 +21,13 @@ using test::LogCapture;
 using test::ReadFile;
 using test::TempDir;
 using test::WithoutLineNumbers;
-using test::WriteFile;
 
 const char kStamp[] = "03-14 09:26:53:589";
 
 TEST(FileLog, WritesConsoleFormatLinesAppendingAndClosesOnDisable) {
     LogCapture capture(2);
     TempDir dir;
-    const std::string path = dir.File("fx.log");
-    WriteFile(path, "earlier line\n");
+    const std::string path = dir.Write("fx.log", "earlier line\n");
     FileLog fileLog;
     EXPECT_EQ(fileLog.GetName(), "FILE_LOG");
     EXPECT_FALSE(fileLog.IsEnabled());
@@ -66,7 +64,7 @@ TEST(FileLog, WritesConsoleFormatLinesAppendingAndClosesOnDisable) {
 
 TEST(FileLog, LostLinesAreMarkedOncePerGap) {
     TempDir dir;
-    const std::string path = dir.File("lost.log");
+    const std::string path = dir.Path("lost.log");
     auto writer = std::make_shared<FileWriter>();
     ASSERT_TRUE(writer->Open(path, "a+"));
     auto line = [&](const char* text) {
@@ -97,7 +95,7 @@ TEST(FileLog, LostLinesAreMarkedOncePerGap) {
 TEST(FileLog, FailedOpenIsLoggedAndLaterLinesAreHarmless) {
     LogCapture capture(4);
     TempDir dir;
-    const std::string missing = dir.File("no/such/dir.log");
+    const std::string missing = dir.Path("no/such/dir.log");
     {
         FileLog fileLog;
         EXPECT_TRUE(fileLog.SetOutputEnabled("FILE_LOG://", true));
@@ -117,8 +115,8 @@ TEST(FileLog, FailedOpenIsLoggedAndLaterLinesAreHarmless) {
 
 TEST(FileLog, WriterReopenLeavesTheEarlierFileOpen) {
     TempDir dir;
-    const std::string first = dir.File("first.log");
-    const std::string second = dir.File("second.log");
+    const std::string first = dir.Path("first.log");
+    const std::string second = dir.Path("second.log");
     auto writer = std::make_shared<FileWriter>();
     EXPECT_FALSE(writer->IsOpen());
     writer->Write("dropped");
@@ -143,7 +141,7 @@ TEST(FileLog, WriterReopenLeavesTheEarlierFileOpen) {
 // and while the queue overflows. This must neither stop nor recurse.
 TEST(FileLog, ProcessWideFileOutputAtLevelZeroFromManyThreads) {
     TempDir dir;
-    const std::string path = dir.File("busy.log");
+    const std::string path = dir.Path("busy.log");
     constexpr int kThreads = 4;
     constexpr int kLines = 400;
     size_t fullLines = 0;

@@ -1,16 +1,13 @@
 #pragma once
 
-#include <stdlib.h>
-#include <unistd.h>
-
 #include <condition_variable>
-#include <fstream>
 #include <functional>
 #include <mutex>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "TempDir.h"
 #include "log/Message.h"
 #include "log/MessageQueue.h"
 #include "log/TesselLogInterface.h"
@@ -103,45 +100,6 @@ class RecordingOutput : public TesselLogInterface {
     std::vector<RecordedLine> m_lines;
 };
 
-/// A fresh directory under /tmp, removed with its files at the end.
-class TempDir {
-  public:
-    TempDir() {
-        char pattern[] = "/tmp/zblogtestXXXXXX";
-        const char* made = mkdtemp(pattern);
-        m_path = made != nullptr ? made : "/tmp";
-    }
-    ~TempDir() {
-        for (const auto& file : m_files) unlink(file.c_str());
-        rmdir(m_path.c_str());
-    }
-    std::string File(const std::string& name) {
-        m_files.push_back(m_path + "/" + name);
-        return m_files.back();
-    }
-
-  private:
-    std::string m_path;
-    std::vector<std::string> m_files;
-};
-
-inline std::string ReadFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-inline void WriteFile(const std::string& path, const std::string& text) {
-    std::ofstream(path, std::ios::binary) << text;
-}
-
-}  // namespace test
-}  // namespace TesselFX
-
-namespace TesselFX {
-namespace test {
-
 /// Replaces the source position of the first line of an error pair ("/any/dir/File.cpp:123, ")
 /// by "File.cpp:N, ", so that texts can be compared whole.
 inline std::vector<std::string> WithoutLineNumbers(const std::vector<std::string>& texts) {
@@ -160,12 +118,6 @@ inline std::vector<std::string> WithoutLineNumbers(const std::vector<std::string
     }
     return result;
 }
-
-}  // namespace test
-}  // namespace TesselFX
-
-namespace TesselFX {
-namespace test {
 
 /// True when text has the shape: every '9' of the shape stands for one decimal digit, every
 /// other character for itself.

@@ -36,10 +36,10 @@ struct RecordedLog {
 
 TEST(TesselLogSettings, SettersRefuseUntilTheLoaderHasFinished) {
     TempDir dir;
-    const std::string fifo = dir.File("zorb_conf.ini");
+    const std::string fifo = dir.Path("zorb_conf.ini");
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     auto android = std::make_shared<RecordingOutput>("ANDROID_LOG");
-    TesselLog log(true, {dir.File("absent.ini"), fifo});
+    TesselLog log(true, {dir.Path("absent.ini"), fifo});
     log.ReplaceOutput(0, android);
     // The loader now waits in the open of the pipe until a writer comes.
     EXPECT_FALSE(log.SetLogLevel("TESSEL_LOG_Preset", 4));
@@ -59,15 +59,14 @@ TEST(TesselLogSettings, SettersRefuseUntilTheLoaderHasFinished) {
     EXPECT_TRUE(log.SetLogLevel("TESSEL_LOG_Preset", 4));
     EXPECT_EQ(log.levels[TESSEL_LOG_Preset].load(), 4u);
 
+    EXPECT_EQ(android->Texts(),
+              (std::vector<std::string>{
+                  "Init did not finish. Please wait for a while to call SetLogLevel again",
+                  "Init did not finish. Please wait for a while to call SetLogOutput again",
+                  "Init did not finish. Please wait for a while to call SetLogLevel again",
+                  "TesselLog::TesselLog LoadIni succeed from " + fifo}));
     const auto lines = android->Lines();
     ASSERT_EQ(lines.size(), 4u);
-    EXPECT_EQ(lines[0].text,
-              "Init did not finish. Please wait for a while to call SetLogLevel again");
-    EXPECT_EQ(lines[1].text,
-              "Init did not finish. Please wait for a while to call SetLogOutput again");
-    EXPECT_EQ(lines[2].text,
-              "Init did not finish. Please wait for a while to call SetLogLevel again");
-    EXPECT_EQ(lines[3].text, "TesselLog::TesselLog LoadIni succeed from " + fifo);
     for (size_t i = 0; i < 3; ++i) {
         EXPECT_EQ(lines[i].level, 3u);
         EXPECT_EQ(lines[i].tag, "TESSEL_LOG_FXModule");
@@ -172,7 +171,7 @@ TEST(TesselLogSettings, OutputsFlagsAndTheTextCut) {
 
 TEST(TesselLogSettings, IniLinesTakeEffectInFileOrder) {
     TempDir dir;
-    const std::string path = dir.File("ini.log");
+    const std::string path = dir.Path("ini.log");
     RecordedLog recorded;
     TesselLog& log = recorded.log;
     EXPECT_TRUE(

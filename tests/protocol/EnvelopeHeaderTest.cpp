@@ -19,7 +19,6 @@ TEST(EnvelopeHeaderTest, HeaderNamesTheInstanceAndSizeFitsTheWidestOne) {
     EXPECT_EQ(Text(ZbAocTuningProtocol::BuildHeader(4294967295u)),
               "dsp_instance=4294967295;tessel_data=");
     EXPECT_EQ(ZbAocTuningProtocol::HeaderSize(), 36u);
-    EXPECT_EQ(ZbAocTuningProtocol::HeaderSize(), 36u);
 }
 
 TEST(EnvelopeHeaderTest, WrapsRawBytesAndBase64Text) {

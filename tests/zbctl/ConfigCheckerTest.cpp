@@ -99,9 +99,9 @@ TEST(ConfigChecker, PresetsThatTheControlsNameMustBeInThePresetFile) {
         {"output_mode": 1, "sound_mode": 2, "name": "Movie"},
         {"output_mode": 1, "sound_mode": 2, "subtypes": [1], "name": "Quiet"},
         {"output_mode": 1, "sound_mode": 2, "subtypes": [2], "name": "Soft"}]})");
-    ASSERT_EQ(test::RunZbctl("zps build " + json + " " + dir.File("few.zps")).status, 0);
+    ASSERT_EQ(test::RunZbctl("zps build " + json + " " + dir.Path("few.zps")).status, 0);
     const std::string ini = std::string(ZBCTL_EXAMPLES_DIR) + "/example.ini";
-    const auto result = test::RunZbctl("check-config " + ini + " --presets " + dir.File("few.zps"));
+    const auto result = test::RunZbctl("check-config " + ini + " --presets " + dir.Path("few.zps"));
     EXPECT_EQ(result.status, 1);
     const std::string text = test::ReadFile(ini);
     const auto lineOf = [&](const std::string& prefix) {
@@ -110,7 +110,7 @@ TEST(ConfigChecker, PresetsThatTheControlsNameMustBeInThePresetFile) {
                                          '\n') +
                               2);
     };
-    const std::string zps = dir.File("few.zps");
+    const std::string zps = dir.Path("few.zps");
     EXPECT_NE(result.out.find(ini + ":" + lineOf("Headphone=OM") +
                               ": refused: control Headphone, preset Headphone: " + zps +
                               " has no base preset for om 2, sm 1\n"),

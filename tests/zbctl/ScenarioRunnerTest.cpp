@@ -15,7 +15,7 @@ TEST(ScenarioRunner, AudioAfterBypassEqualsTheInput) {
     test::TempDir dir;
     const std::string scenario = dir.Write("bypass.scenario", "set_active 1 2\nset_bypass 1\n");
     const std::string input = std::string(ZBCTL_BUILD_EXAMPLES_DIR) + "/example_input.wav";
-    const std::string output = dir.File("out.wav");
+    const std::string output = dir.Path("out.wav");
     const test::CommandResult result =
         test::RunZbctl("run --scenario " + scenario + " --input " + input + " --output " + output);
     ASSERT_EQ(result.status, 0) << result.out;
@@ -34,9 +34,10 @@ TEST(ScenarioRunner, AudioAfterBypassEqualsTheInput) {
 // The host side against a library that sends known frames: trace, DSP and audio.
 class ScenarioRunnerHostSide : public ::testing::Test {
   protected:
-    std::string Arguments(const std::string& extra = "") const {
-        return "run --library " + std::string(ZBCTL_FAKE_HAL) + " --scenario " + m_scenario + " " +
-               extra;
+    /// zbctl run on the fake library with scenario (by default the one below) and extra options.
+    test::CommandResult Run(const std::string& extra = "", const std::string& scenario = "") const {
+        return test::RunZbctl("run --library " + std::string(ZBCTL_FAKE_HAL) + " --scenario " +
+                              (scenario.empty() ? m_scenario : scenario) + " " + extra);
     }
 
     test::TempDir m_dir;
@@ -51,7 +52,7 @@ class ScenarioRunnerHostSide : public ::testing::Test {
 };
 
 TEST_F(ScenarioRunnerHostSide, TracesCallsFramesRepliesAndNotifications) {
-    const test::CommandResult result = test::RunZbctl(Arguments());
+    const test::CommandResult result = Run();
     ASSERT_EQ(result.status, 0) << result.out;
     const size_t start = result.out.find("zb_create");
     ASSERT_NE(start, std::string::npos);
@@ -82,7 +83,7 @@ TEST_F(ScenarioRunnerHostSide, TracesCallsFramesRepliesAndNotifications) {
               "line 7: set_output_mode 3 = 0\n"
               "zb_destroy\n");
 
-    const Json trace = Json::parse(test::RunZbctl(Arguments("--json")).out);
+    const Json trace = Json::parse(Run("--json").out);
     EXPECT_EQ(trace["calls"][5]["call"], "set_bypass 1");
     EXPECT_EQ(
         trace["calls"][5]["events"],
@@ -98,8 +99,7 @@ TEST_F(ScenarioRunnerHostSide, TracesTuningRepliesAndNotificationsDecoded) {
                                              "get GetParameter 131\n"
                                              "get GetEnable 0\n"
                                              "get GetParameter 7\n");
-    const test::CommandResult result =
-        test::RunZbctl("run --library " + std::string(ZBCTL_FAKE_HAL) + " --scenario " + scenario);
+    const test::CommandResult result = Run("", scenario);
     ASSERT_EQ(result.status, 0) << result.out;
     const size_t start = result.out.find("line 1:");
     ASSERT_NE(start, std::string::npos);
@@ -123,10 +123,7 @@ TEST_F(ScenarioRunnerHostSide, TracesTuningRepliesAndNotificationsDecoded) {
               "line 5: get GetParameter 7 = 0\n"
               "zb_destroy\n");
 
-    const Json trace =
-        Json::parse(test::RunZbctl("run --json --library " + std::string(ZBCTL_FAKE_HAL) +
-                                   " --scenario " + scenario)
-                        .out);
+    const Json trace = Json::parse(Run("--json", scenario).out);
     EXPECT_EQ(trace["calls"][5]["call"], "get GetParameter 131");
     EXPECT_EQ(trace["calls"][5]["events"],
               Json::parse(R"([{"reply": "ReplyParameter 131 -3.5"}])"));
@@ -134,8 +131,8 @@ TEST_F(ScenarioRunnerHostSide, TracesTuningRepliesAndNotificationsDecoded) {
 
 TEST_F(ScenarioRunnerHostSide, RendersOneSegmentPerStepThroughTheCoefficientsInForce) {
     const std::string input = std::string(ZBCTL_BUILD_EXAMPLES_DIR) + "/example_input.wav";
-    const std::string output = m_dir.File("out.wav");
-    ASSERT_EQ(test::RunZbctl(Arguments("--input " + input + " --output " + output)).status, 0);
+    const std::string output = m_dir.Path("out.wav");
+    ASSERT_EQ(Run("--input " + input + " --output " + output).status, 0);
     const AudioBuffer in = ReadWav(input);
     const AudioBuffer out = ReadWav(output);
     EXPECT_EQ(out.sampleRate, in.sampleRate);
@@ -156,14 +153,14 @@ TEST_F(ScenarioRunnerHostSide, RendersOneSegmentPerStepThroughTheCoefficientsInF
 }
 
 TEST_F(ScenarioRunnerHostSide, ReportsAFailedInitializationAndBadOptions) {
-    test::CommandResult result = test::RunZbctl(Arguments("--system-presets /nonexistent.zps"));
+    test::CommandResult result = Run("--system-presets /nonexistent.zps");
     EXPECT_EQ(result.status, 3);
     EXPECT_NE(result.out.find("zb_initialize = 0\n# zb_initialize failed:"), std::string::npos)
         << result.out;
     EXPECT_EQ(result.out.find("line 1"), std::string::npos);
-    EXPECT_EQ(test::RunZbctl(Arguments("--input /nonexistent.wav --output x.wav")).status, 2);
-    EXPECT_EQ(test::RunZbctl(Arguments("--dspkit ''")).status, 2);
-    EXPECT_EQ(test::RunZbctl(Arguments("--dspkit '/a b.so'")).status, 2);
+    EXPECT_EQ(Run("--input /nonexistent.wav --output x.wav").status, 2);
+    EXPECT_EQ(Run("--dspkit ''").status, 2);
+    EXPECT_EQ(Run("--dspkit '/a b.so'").status, 2);
     EXPECT_EQ(test::RunZbctl("run --library /nonexistent/lib.so").status, 2);
     EXPECT_EQ(test::RunZbctl("run --library " + std::string(ZBCTL_DSPKIT_LIBRARY)).status,
               2);  // no zb_*

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
 #include "Scenario.h"
 #include "ZbctlError.h"
 #include "ZbctlTestSupport.h"
@@ -100,7 +102,7 @@ TEST(Scenario, RunReportsTheBadLineBeforeCallingTheLibrary) {
     EXPECT_EQ(result.status, 2);
     // Nothing was called: the trace stops at its header.
     EXPECT_EQ(result.out.find("zb_create"), std::string::npos);
-    const std::string stderrPath = dir.File("err");
+    const std::string stderrPath = dir.Path("err");
     std::system(
         (std::string(ZBCTL_BINARY) + " run --scenario " + path + " 2>" + stderrPath + " >/dev/null")
             .c_str());

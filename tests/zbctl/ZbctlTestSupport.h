@@ -4,9 +4,9 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <fstream>
-#include <sstream>
 #include <string>
+
+#include "TempDir.h"
 
 namespace TesselFX {
 namespace zbctl {
@@ -32,30 +32,8 @@ inline CommandResult RunZbctl(const std::string& arguments) {
     return result;
 }
 
-/// A file under a fresh temporary directory, removed with it.
-class TempDir {
-  public:
-    TempDir() {
-        char pattern[] = "/tmp/zbctl-test-XXXXXX";
-        m_path = mkdtemp(pattern);
-    }
-    ~TempDir() { std::system(("rm -rf '" + m_path + "'").c_str()); }
-    std::string File(const std::string& name) const { return m_path + "/" + name; }
-    std::string Write(const std::string& name, const std::string& text) const {
-        std::ofstream(File(name), std::ios::binary) << text;
-        return File(name);
-    }
-
-  private:
-    std::string m_path;
-};
-
-inline std::string ReadFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
+using TesselFX::test::ReadFile;
+using TesselFX::test::TempDir;
 
 }  // namespace test
 }  // namespace zbctl

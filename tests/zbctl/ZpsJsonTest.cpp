@@ -100,7 +100,7 @@ TEST(ZpsJson, ErrorsNameThePath) {
 TEST(ZpsJson, BuildThenDumpRoundTripsTheExample) {
     test::TempDir dir;
     const std::string example = std::string(ZBCTL_EXAMPLES_DIR) + "/example_system.json";
-    const std::string zps = dir.File("example.zps");
+    const std::string zps = dir.Path("example.zps");
     ASSERT_EQ(test::RunZbctl("zps build " + example + " " + zps).status, 0);
     const auto dump = test::RunZbctl("zps dump --json " + zps);
     ASSERT_EQ(dump.status, 0);
@@ -110,7 +110,7 @@ TEST(ZpsJson, BuildThenDumpRoundTripsTheExample) {
               test::ReadFile(std::string(ZBCTL_BUILD_EXAMPLES_DIR) + "/example_system.zps"));
 
     const std::string broken = dir.Write("broken.json", R"({"presets": [{"output_mode": 1}]})");
-    EXPECT_EQ(test::RunZbctl("zps build " + broken + " " + dir.File("x.zps")).status, 2);
+    EXPECT_EQ(test::RunZbctl("zps build " + broken + " " + dir.Path("x.zps")).status, 2);
     EXPECT_EQ(test::RunZbctl("zps dump " + broken).status, 2);
 }
 

@@ -216,23 +216,6 @@ TEST(HalControlManagerImplTest, SetVolumeTableTakesActiveStreamsOnly) {
     EXPECT_FALSE(capture.Has(kNoHandler));
 }
 
-TEST(HalControlManagerImplTest, InitializeLogsTheFeaturesAndTheQueryMatchesExactly) {
-    LogCapture capture;
-    Handlers handlers;
-    handlers.Add("1");
-    HalControlManagerImpl manager;
-    EXPECT_TRUE(manager.Initialize(handlers.map, {"Surround", "DumpBufferToDsp"}, {}, {}));
-    auto texts = capture.Texts(1);
-    ASSERT_GE(texts.size(), 3u);
-    EXPECT_EQ(std::vector<std::string>(texts.end() - 3, texts.end()),
-              (std::vector<std::string>{"Initialize: Supported features count = 2",
-                                        "Initialize: DumpBufferToDsp", "Initialize: Surround"}));
-    EXPECT_TRUE(manager.IsFeatureSupported("Surround"));
-    EXPECT_FALSE(manager.IsFeatureSupported("surround"));
-    EXPECT_FALSE(manager.IsFeatureSupported(nullptr));
-    EXPECT_TRUE(capture.Has(1, "IsFeatureSupported: surround"));
-}
-
 // The signatures of the entry traces are written by hand in the manager.
 TEST(HalControlManagerImplTest, EveryOperationStartsWithTheEntryTrace) {
     Fixture f({"1"});
@@ -251,17 +234,6 @@ TEST(HalControlManagerImplTest, EveryOperationStartsWithTheEntryTrace) {
                   "std::map<uint32_t, CMeterValue> &)",
                   "Entering function virtual void "
                   "TesselFX::HalControlManagerImpl::SetMessageBufferSize(unsigned int)"}));
-}
-
-TEST(HalControlManagerImplTest, MessageBufferSizeSetsTheNotificationLimits) {
-    HalControlManagerImpl manager;
-    manager.SetMessageBufferSize(15963);
-    EXPECT_EQ(manager.GetMessageBufferSize(), 15963u);
-    EXPECT_EQ(manager.GetMaxNotificationSize(), 11970u);
-    EXPECT_EQ(manager.GetMaxParametersPerNotification(), 997u);
-    bool valid = false;
-    EXPECT_TRUE(manager.GetTuningModeValidation(nullptr, valid));
-    EXPECT_TRUE(valid);
 }
 
 TEST(HalControlManagerImplTest, LinkLawSourceValuesAreKeptPerHandlerThatTookThem) {

@@ -62,6 +62,51 @@ TEST_F(ControlFailuresTest, AFailedSendKeepsTheNewStateForTheNextFullSend) {
                                     Block(4160, {{14, 0.5f}}), Block(4161, {{14, 9.0f}})})});
 }
 
+TEST_F(ControlFailuresTest, SettingsOfAnotherVersionOrMissingSelectNothing) {
+    zorbaudio_settings_t version1 = *Settings();
+    version1.version = 1;
+    LogCapture capture;
+    EXPECT_FALSE(m_manager->SetEnable(&version1, false));
+    EXPECT_EQ(capture.ErrorTexts(),
+              (std::vector<std::string>{
+                  "CheckAudioCalSettings: Major API version mismatch. Provided = 1, Supported = 2",
+                  "no valid ControlHandler"}));
+    EXPECT_EQ(capture.Texts(4).size(), 4u);
+
+    const std::vector<std::string> nullLines{
+        "CheckAudioCalSettings: pZorbAudioSettings = NULL, please assign proper value.",
+        "no valid ControlHandler"};
+    capture.Clear();
+    EXPECT_FALSE(m_manager->SetEnable(nullptr, false));
+    EXPECT_EQ(capture.ErrorTexts(), nullLines);
+    capture.Clear();
+    zorbaudio_settings_t noRecord{2, nullptr};
+    EXPECT_FALSE(m_manager->SetEnable(&noRecord, false));
+    EXPECT_EQ(capture.ErrorTexts(), nullLines);
+    EXPECT_TRUE(Take().empty());
+}
+
+// The signatures of the entry traces are written by hand in the manager.
+TEST_F(ControlFailuresTest, EveryOperationStartsWithTheEntryTrace) {
+    LogCapture capture;
+    m_manager->SetVolume(Settings(), 1.0);
+    std::map<uint32_t, CMeterValue> meters;
+    m_manager->GetMeters(Settings(), {}, meters);
+    m_manager->SetMessageBufferSize(100);
+    EXPECT_TRUE(capture.Has(0,
+                            "Entering function virtual bool "
+                            "TesselFX::HalControlManagerImpl::SetVolume(const "
+                            "zorbaudio_settings_t *, double)"));
+    EXPECT_TRUE(capture.Has(0,
+                            "Entering function virtual bool "
+                            "TesselFX::HalControlManagerImpl::GetMeters(const "
+                            "zorbaudio_settings_t *, const std::map<uint32_t, CMeterInfo> &, "
+                            "std::map<uint32_t, CMeterValue> &)"));
+    EXPECT_TRUE(capture.Has(0,
+                            "Entering function virtual void "
+                            "TesselFX::HalControlManagerImpl::SetMessageBufferSize(unsigned int)"));
+}
+
 }  // namespace
 }  // namespace test
 }  // namespace TesselFX

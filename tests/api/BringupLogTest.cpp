@@ -3,41 +3,14 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
-#include <memory>
 #include <stdexcept>
-#include <string>
-#include <vector>
 
-#include "../e2e/BringupFiles.h"
 #include "LogCapture.h"
-#include "api/zorbaudio_control_Hifi3z.h"
-#include "api/zorbaudio_control_base.h"
-#include "config/ZorbAudioSettings.h"
-#include "control/HalControlManager.h"
+#include "StaticControlObject.h"
 
 namespace TesselFX {
+namespace test {
 namespace {
-
-using bringup_test::PresetFile;
-using bringup_test::PresetRecord;
-using bringup_test::TempDir;
-
-unsigned g_sends = 0;
-
-int CountingSend(void*, CommonSettings*, const void*, uint32_t, void*, uint32_t*) {
-    ++g_sends;
-    return 0;
-}
-
-std::string Config(const std::string& controls, const std::string& extra = "",
-                   const std::string& dspKitPath = DSPKIT_SIM_PATH) {
-    return "[HAL_SUPPORTED_SAMPLE_RATES]\nrates=48000\n"
-           "[HAL_SUPPORTED_PRESETS]\nMusic=OM:1,SM:1\nMovie=OM:1,SM:2\n"
-           "[HAL_SUPPORTED_CONTROLS]\n" +
-           controls + "\n" + extra + "[COEFS_CONVERTER_SETTING]\nDspKitPath64=" + dspKitPath + "\n";
-}
-
-const char* const kSpeaker = "Speaker=DEV:2,SR:rates,PRESET:Music|Movie,INSTANCE:1";
 
 /// Sets DSPKIT_SIM_FAIL, the stand-in library's list of entry points to fail, for its lifetime.
 struct FailingEntryPoint {
@@ -45,44 +18,17 @@ struct FailingEntryPoint {
     ~FailingEntryPoint() { unsetenv("DSPKIT_SIM_FAIL"); }
 };
 
-class BringupLogTest : public ::testing::Test {
+class BringupLogTest : public StaticControlTest {
   protected:
-    BringupLogTest() {
-        PresetRecord music;
-        music.outputMode = 1;
-        music.soundMode = 1;
-        music.parameters = {{1, 0.0}, {1006, 1.0}};
-        PresetRecord movie = music;
-        movie.soundMode = 2;
-        movie.parameters = {{1054, 9.0}};
-        m_presetPath = m_dir.Write("system.zps", PresetFile({music, movie}));
-        m_configPath = m_dir.Write("hal.ini", Config(kSpeaker));
-        void* object = nullptr;
-        zorbaudio_create(&object);
-        m_manager.reset(static_cast<HalControlManager*>(object));
-        m_settings.AddUint("INSTANCE", 1);
-        g_sends = 0;
-    }
-
-    bool Init(const std::string& configPath, DspSendFunction sender = CountingSend) {
-        return zorbaudio_initialize(m_manager.get(), m_presetPath.c_str(), "", configPath.c_str(),
-                                    sender);
-    }
     std::string Version(const char* type) {
         std::string version = "unset";
-        EXPECT_TRUE(m_manager->GetVersion(m_settings.GetSettings(), type, version));
+        EXPECT_TRUE(m_manager->GetVersion(Settings(), type, version));
         return version;
     }
-
-    TempDir m_dir;
-    std::string m_presetPath;
-    std::string m_configPath;
-    std::unique_ptr<HalControlManager> m_manager;
-    ZorbAudioSettings m_settings;
 };
 
 TEST_F(BringupLogTest, EachFailureHasItsLine) {
-    test::LogCapture capture;
+    LogCapture capture;
     EXPECT_FALSE(Init(m_configPath, nullptr));
     EXPECT_EQ(capture.ErrorTexts(),
               std::vector<std::string>{"zorbaudio_initialize buffer_sender function is null."});
@@ -90,7 +36,7 @@ TEST_F(BringupLogTest, EachFailureHasItsLine) {
     capture.Clear();
     const std::string missing = m_dir.Path("missing.zps");
     EXPECT_FALSE(
-        zorbaudio_initialize(m_manager.get(), missing.c_str(), "user.zps", "", CountingSend));
+        zorbaudio_initialize(m_manager.get(), missing.c_str(), "user.zps", "", RecordingSend));
     EXPECT_TRUE(capture.Has(4, "load preset " + missing + " user.zps fail"));
 
     capture.Clear();
@@ -126,11 +72,11 @@ TEST_F(BringupLogTest, EachFailureHasItsLine) {
         EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>{"None controller is created"});
     }
     EXPECT_EQ(Version("dspkit"), "");
-    EXPECT_EQ(g_sends, 0u);
+    EXPECT_TRUE(Take().empty());
 }
 
 TEST_F(BringupLogTest, SuccessMakesOneHandlerPerControlAndKeepsTheLibraryVersion) {
-    test::LogCapture capture;
+    LogCapture capture;
     ASSERT_TRUE(Init(m_dir.Write("two.ini", Config(kSpeaker + std::string("\nHeadset=DEV:3,SR:"
                                                                           "rates,PRESET:Movie")))));
     EXPECT_TRUE(capture.ErrorTexts().empty());
@@ -139,12 +85,12 @@ TEST_F(BringupLogTest, SuccessMakesOneHandlerPerControlAndKeepsTheLibraryVersion
     EXPECT_EQ(Version("dspkit"), "DspKitSim 1.00 stand-in");
     EXPECT_EQ(Version("halcontroller"), "1.553.0.0");
     EXPECT_EQ(MessageBufferSize(), 16000u - 36u);
-    EXPECT_EQ(g_sends, 0u);
+    EXPECT_TRUE(Take().empty());
 }
 
 TEST_F(BringupLogTest, AFailedVersionQueryIsNotFatal) {
     FailingEntryPoint fail("ZorbEffect_Revision_Get");
-    test::LogCapture capture;
+    LogCapture capture;
     ASSERT_TRUE(Init(m_configPath));
     EXPECT_EQ(capture.ErrorTexts(),
               std::vector<std::string>{
@@ -152,35 +98,47 @@ TEST_F(BringupLogTest, AFailedVersionQueryIsNotFatal) {
     EXPECT_EQ(Version("dspkit"), "");
 }
 
-TEST_F(BringupLogTest, DumpFeatureTurnsOnTheBufferDump) {
+TEST_F(BringupLogTest, FeaturesAreLoggedAndTheDumpFeatureTurnsOnTheBufferDump) {
     const std::string dumpOn =
-        m_dir.Write("dump.ini", Config(kSpeaker, "[HAL_SUPPORTED_FEATURES]\nDumpBufferToDsp=1\n"));
+        m_dir.Write("dump.ini", Config(kSpeaker,
+                                       "[HAL_SUPPORTED_FEATURES]\nDumpBufferToDsp=1\n"
+                                       "Surround=1\n"));
     const std::string dumpTwo =
         m_dir.Write("two.ini", Config(kSpeaker, "[HAL_SUPPORTED_FEATURES]\nDumpBufferToDsp=2\n"));
     {
-        test::LogCapture capture;
+        LogCapture capture;
         ASSERT_TRUE(Init(dumpTwo));
-        ASSERT_TRUE(m_manager->SetActive(m_settings.GetSettings(), 1, 2));
-        EXPECT_EQ(g_sends, 1u);
+        ASSERT_TRUE(m_manager->SetActive(Settings(), 1, 2));
+        EXPECT_EQ(Take().size(), 1u);
         EXPECT_FALSE(capture.Has(2, "RAW message buffer sent to DSP"));
     }
     {
-        test::LogCapture capture;
+        LogCapture capture;
         ASSERT_TRUE(Init(dumpOn));
-        ASSERT_TRUE(m_manager->SetEnable(m_settings.GetSettings(), false));
-        EXPECT_EQ(g_sends, 2u);
-        // The first send is full: opcode 1, length 144, the blocks of coefficients 4096 (with
-        // parameter 1 at 1.0) and 4158 (input 14 at 1.0).
+        EXPECT_TRUE(capture.Has(1, "Initialize: Supported features count = 2"));
+        EXPECT_TRUE(capture.Has(1, "Initialize: DumpBufferToDsp"));
+        EXPECT_TRUE(capture.Has(1, "Initialize: Surround"));
+        EXPECT_TRUE(m_manager->IsFeatureSupported("Surround"));
+        EXPECT_FALSE(m_manager->IsFeatureSupported("surround"));
+        EXPECT_FALSE(m_manager->IsFeatureSupported(nullptr));
+        EXPECT_TRUE(capture.Has(1, "IsFeatureSupported: surround"));
+
+        ASSERT_TRUE(m_manager->SetEnable(Settings(), false));
+        EXPECT_EQ(Take().size(), 1u);
+        // The first send is full: opcode 1, length 216, the blocks of coefficients 4096 (with
+        // parameter 1 at 1.0), 4158 (input 14 at 1.0) and 4160 (input 14 at 0.5).
         const std::vector<std::string> head{"RAW message buffer sent to DSP", "index:0, 1",
-                                            "index:1, 90", "index:2, 1000", "index:3, 10"};
+                                            "index:1, d8", "index:2, 1000", "index:3, 10"};
         const std::vector<std::string> lines = capture.Texts(2);
         ASSERT_GE(lines.size(), head.size());
         EXPECT_EQ(std::vector<std::string>(lines.begin(), lines.begin() + head.size()), head);
         EXPECT_TRUE(capture.Has(2, "index:5, 3f800000"));
         EXPECT_TRUE(capture.Has(2, "index:20, 103e"));
         EXPECT_TRUE(capture.Has(2, "index:36, 3f800000"));
-        EXPECT_TRUE(capture.Has(2, "index:37, 0"));
-        EXPECT_FALSE(capture.HasFragment("index:38,"));
+        EXPECT_TRUE(capture.Has(2, "index:38, 1040"));
+        EXPECT_TRUE(capture.Has(2, "index:54, 3f000000"));
+        EXPECT_TRUE(capture.Has(2, "index:55, 0"));
+        EXPECT_FALSE(capture.HasFragment("index:56,"));
     }
 }
 
@@ -203,4 +161,5 @@ TEST(ZorbAudioCreateTest, CreateAndDestroyTheControlObject) {
 }
 
 }  // namespace
+}  // namespace test
 }  // namespace TesselFX

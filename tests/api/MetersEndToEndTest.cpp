@@ -5,32 +5,22 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstring>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "../dsp/Bytes.h"
-#include "../e2e/BringupFiles.h"
 #include "DspKitSim.h"
 #include "LogCapture.h"
-#include "api/zorbaudio_control_Hifi3z.h"
-#include "api/zorbaudio_control_base.h"
-#include "config/ZorbAudioSettings.h"
-#include "control/HalControlManager.h"
+#include "StaticControlObject.h"
 #include "dsp/ZorbEffectWrapper.h"
 #include "protocol/RequestMetersMessageData.h"
 #include "protocol/UpdateMetersMessageData.h"
 
 namespace TesselFX {
+namespace test {
 namespace {
 
-using bringup_test::PresetFile;
-using bringup_test::PresetRecord;
 using bringup_test::PutF32;
 using bringup_test::PutU32;
-using bringup_test::TempDir;
 
 /// The DSP instance the sender talks to; set by the fixture.
 IZorbEffectWrapper* g_dsp = nullptr;
@@ -50,31 +40,14 @@ struct DspMeter {
     int32_t flag;
 };
 
-class MetersEndToEnd : public ::testing::Test {
+class MetersEndToEnd : public StaticControlTest {
   protected:
     void SetUp() override {
-        PresetRecord music;
-        music.outputMode = 1;
-        music.soundMode = 1;
-        music.parameters = {{1, 0.0}};
-        const std::string presets = m_dir.Write("system.zps", PresetFile({music}));
-        const std::string config =
-            m_dir.Write("hal.ini", std::string("[HAL_SUPPORTED_SAMPLE_RATES]\nrates=48000\n"
-                                               "[HAL_SUPPORTED_PRESETS]\nMusic=OM:1,SM:1\n"
-                                               "[HAL_SUPPORTED_CONTROLS]\n"
-                                               "Speaker=DEV:2,SR:rates,PRESET:Music,INSTANCE:1\n"
-                                               "[COEFS_CONVERTER_SETTING]\nDspKitPath64=") +
-                                       DSPKIT_SIM_PATH + "\n");
         m_dsp = ZorbEffectWrapper::Create(DSPKIT_SIM_PATH);
         ASSERT_NE(m_dsp, nullptr);
         ASSERT_TRUE(m_dsp->Initialize(48000, 2, 4));
         g_dsp = m_dsp.get();
-        void* object = nullptr;
-        ASSERT_TRUE(zorbaudio_create(&object));
-        m_manager.reset(static_cast<HalControlManager*>(object));
-        ASSERT_TRUE(
-            zorbaudio_initialize(m_manager.get(), presets.c_str(), "", config.c_str(), PlayDsp));
-        m_settings.AddUint("INSTANCE", 1);
+        ASSERT_TRUE(Init(m_configPath, PlayDsp));
     }
     void TearDown() override { g_dsp = nullptr; }
 
@@ -105,29 +78,25 @@ class MetersEndToEnd : public ::testing::Test {
         EXPECT_TRUE(
             request.SetBuffer(requestFrame.data(), static_cast<unsigned>(requestFrame.size())));
         std::map<uint32_t, CMeterValue> values;
-        EXPECT_TRUE(
-            m_manager->GetMeters(m_settings.GetSettings(), request.GetMeterInfos(), values));
+        EXPECT_TRUE(m_manager->GetMeters(Settings(), request.GetMeterInfos(), values));
         return UpdateMetersMessageData(values).GetBuffer();
     }
 
-    TempDir m_dir;
     std::shared_ptr<IZorbEffectWrapper> m_dsp;
-    std::unique_ptr<HalControlManager> m_manager;
-    ZorbAudioSettings m_settings;
 };
 
 // Four meters, each keyed by its index: index 0 as float (mode 1, no reset value), index 1 as
 // integer with reset value 77, index 3 of type 3 with reset value 5, and index 9, which the
 // library does not have, as float with reset value 0x3FC00000 (1.5f).
 const std::vector<char> kRequest =
-    test::Bytes({36, 0, 0, 0, 4, 0, 0, 0,                                          //
-                 12, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0,                  //
-                 16, 0, 0, 0, 1, 0, 0, 0, 2, 0, 0, 0, 2, 0, 0, 0, 77, 0, 0,    0,  //
-                 16, 0, 0, 0, 3, 0, 0, 0, 3, 0, 0, 0, 3, 0, 0, 0, 5,  0, 0,    0,  //
-                 16, 0, 0, 0, 9, 0, 0, 0, 1, 0, 0, 0, 2, 0, 0, 0, 0,  0, 0xC0, 0x3F});
+    Bytes({36, 0, 0, 0, 4, 0, 0, 0,                                          //
+           12, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0,                  //
+           16, 0, 0, 0, 1, 0, 0, 0, 2, 0, 0, 0, 2, 0, 0, 0, 77, 0, 0,    0,  //
+           16, 0, 0, 0, 3, 0, 0, 0, 3, 0, 0, 0, 3, 0, 0, 0, 5,  0, 0,    0,  //
+           16, 0, 0, 0, 9, 0, 0, 0, 1, 0, 0, 0, 2, 0, 0, 0, 0,  0, 0xC0, 0x3F});
 
 TEST_F(MetersEndToEnd, FreshMetersAndResetValuesComeBackAsValues) {
-    test::LogCapture capture;
+    LogCapture capture;
     Play({300.5f, -2.0f, -120.25f, 4.0f});
     const std::vector<DspMeter> fresh = DspMeters();
     for (const DspMeter& meter : fresh) EXPECT_EQ(meter.flag, 1);
@@ -171,19 +140,20 @@ TEST_F(MetersEndToEnd, FreshMetersAndResetValuesComeBackAsValues) {
 
 TEST_F(MetersEndToEnd, DspVersionAndFailedExchanges) {
     std::string version;
-    ASSERT_TRUE(m_manager->GetVersion(m_settings.GetSettings(), "dsp", version));
+    ASSERT_TRUE(m_manager->GetVersion(Settings(), "dsp", version));
     EXPECT_EQ(version, "DspKitSim 1.00 stand-in");
 
     // A DSP that does not answer: meters deliberately count as read, with no values; the
     // version fails.
-    test::LogCapture capture;
+    LogCapture capture;
     g_dsp = nullptr;
     std::map<uint32_t, CMeterValue> values;
-    EXPECT_TRUE(m_manager->GetMeters(m_settings.GetSettings(), {{0, CMeterInfo()}}, values));
+    EXPECT_TRUE(m_manager->GetMeters(Settings(), {{0, CMeterInfo()}}, values));
     EXPECT_TRUE(values.empty());
     EXPECT_TRUE(capture.Has(1, "SendBufferToDsp fail"));
-    EXPECT_FALSE(m_manager->GetVersion(m_settings.GetSettings(), "dsp", version));
+    EXPECT_FALSE(m_manager->GetVersion(Settings(), "dsp", version));
 }
 
 }  // namespace
+}  // namespace test
 }  // namespace TesselFX

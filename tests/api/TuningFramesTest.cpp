@@ -1,88 +1,31 @@
 // Tuning through the locking manager of a real control object: the frames that reach the
-// sender come from the stand-in DSP library, which turns parameter p into block 4096 + p / 16
-// with the inputs of its group of sixteen.
+// sender, and the link-law source values that the manager keeps.
 
 #include <gtest/gtest.h>
 
-#include <memory>
-#include <string>
-#include <vector>
-
-#include "../e2e/BringupFiles.h"
 #include "LogCapture.h"
-#include "api/zorbaudio_control_Hifi3z.h"
-#include "api/zorbaudio_control_base.h"
-#include "config/ZorbAudioSettings.h"
-#include "control/HalControlManager.h"
+#include "StaticControlObject.h"
 
 namespace TesselFX {
+namespace test {
 namespace {
 
 using bringup_test::Block;
 using bringup_test::Frame;
 using bringup_test::LinkLaw;
-using bringup_test::PresetFile;
-using bringup_test::PresetRecord;
-using bringup_test::TempDir;
-using Frames = std::vector<std::string>;
 using Parameters = std::map<unsigned int, double>;
 
-std::vector<std::string> g_frames;
-
-int RecordingSend(void*, CommonSettings*, const void* data, uint32_t size, void*, uint32_t*) {
-    g_frames.emplace_back(static_cast<const char*>(data), size);
-    return 0;
-}
-
-/// The frames sent since the last call.
-Frames Take() {
-    Frames frames;
-    frames.swap(g_frames);
-    return frames;
-}
-
-/// Music (1,1): parameter 1 at 0, 1006 at 1 and 1038 at 0.5; Movie (1,2): 1054 at 9.
-class TuningFramesTest : public ::testing::Test {
+class TuningFramesTest : public StaticControlTest {
   protected:
-    TuningFramesTest() {
-        PresetRecord music;
-        music.outputMode = 1;
-        music.soundMode = 1;
-        music.parameters = {{1, 0.0}, {1006, 1.0}, {1038, 0.5}};
-        PresetRecord movie = music;
-        movie.soundMode = 2;
-        movie.parameters = {{1054, 9.0}};
-        const std::string presets = m_dir.Write("system.zps", PresetFile({music, movie}));
-        const std::string config = m_dir.Write(
-            "hal.ini",
-            "[HAL_SUPPORTED_SAMPLE_RATES]\nrates=48000\n"
-            "[HAL_SUPPORTED_PRESETS]\nMusic=OM:1,SM:1\nMovie=OM:1,SM:2\n"
-            "[HAL_SUPPORTED_CONTROLS]\nSpeaker=DEV:2,SR:rates,PRESET:Music|Movie,INSTANCE:1\n"
-            "[COEFS_CONVERTER_SETTING]\nDspKitPath64=" DSPKIT_SIM_PATH "\n");
-        void* object = nullptr;
-        zorbaudio_create(&object);
-        m_manager.reset(static_cast<HalControlManager*>(object));
-        m_search.AddUint("INSTANCE", 1);
-        g_frames.clear();
-        m_ready = zorbaudio_initialize(m_manager.get(), presets.c_str(), "", config.c_str(),
-                                       RecordingSend);
-    }
-
-    const zorbaudio_settings_t* Settings() { return m_search.GetSettings(); }
+    void SetUp() override { ASSERT_TRUE(Init()); }
     bool Tuning() {
         bool tuning = false;
         EXPECT_TRUE(m_manager->IsTuningMode(Settings(), tuning));
         return tuning;
     }
-
-    TempDir m_dir;
-    std::unique_ptr<HalControlManager> m_manager;
-    ZorbAudioSettings m_search;
-    bool m_ready = false;
 };
 
 TEST_F(TuningFramesTest, LeavingTuningSendsTheSystemPresetAgain) {
-    ASSERT_TRUE(m_ready);
     ASSERT_TRUE(m_manager->StartTuningMode(Settings(), true));
     EXPECT_TRUE(Tuning());
     EXPECT_TRUE(Take().empty());
@@ -114,7 +57,6 @@ TEST_F(TuningFramesTest, LeavingTuningSendsTheSystemPresetAgain) {
 }
 
 TEST_F(TuningFramesTest, TheToolsLinkLawsAndTheSourceValuesOfTheManager) {
-    ASSERT_TRUE(m_ready);
     TesselTuning::FullPreset preset;
     preset.hasParameters = true;
     preset.parameters = {{2821, 1.0}};
@@ -126,7 +68,7 @@ TEST_F(TuningFramesTest, TheToolsLinkLawsAndTheSourceValuesOfTheManager) {
     EXPECT_EQ(Take(), Frames{Frame({Block(4096, {{1, 0.0f}}), Block(4158, {{14, 1.0f}}),
                                     Block(4160, {{14, 0.5f}}), Block(4272, {{5, 1.0f}})})});
 
-    test::LogCapture capture;
+    LogCapture capture;
     double value = 0.0;
     EXPECT_FALSE(m_manager->GetLinkLawsSourceValue(Settings(), 0, value));
     EXPECT_TRUE(capture.Has(4, "sourceIndex 0 is found"));
@@ -160,4 +102,5 @@ TEST_F(TuningFramesTest, TheToolsLinkLawsAndTheSourceValuesOfTheManager) {
 }
 
 }  // namespace
+}  // namespace test
 }  // namespace TesselFX

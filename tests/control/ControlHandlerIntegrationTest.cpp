@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "../e2e/BringupFiles.h"
 #include "ControlMocks.h"
 #include "LogCapture.h"
 #include "config/CIniFile.h"
@@ -53,44 +54,30 @@ const char kConfig[] =
     "[HAL_SUPPORTED_CONTROLS]\n"
     "Speaker=DEV:2,SR:rates,PRESET:Music|Movie,CONTROL_TYPE:Copp\n";
 
-// System file, 273 bytes: one Presets section with six presets, each named by one letter and
-// without remarks. Items are parameters of type 0 and size 8.
-//   (1,0,0) "M" priority 0: 10 = 1.0, 11 = 2.0, 12 = 3.0
-//   (1,0,2) "Q" priority 2: 11 = -6.0, 20 = 0.5
-//   (1,0,4) "P" priority 1: 11 = 4.0, 12 = -3.0, 21 = 1.5
-//   (1,0,8) "L" priority 3: 20 = 8.0
-//   (1,2,0) "V" priority 0: 10 = 5.0, 13 = 7.0
-//   (1,2,2) "W" priority 1: 13 = 9.0
+/// A preset record of one letter's name, without remarks.
+bringup_test::PresetRecord Record(uint32_t sm, uint32_t mask, uint32_t priority, const char* name,
+                                  std::map<unsigned, double> parameters) {
+    bringup_test::PresetRecord record;
+    record.outputMode = 1;
+    record.soundMode = sm;
+    record.subtypeMask = mask;
+    record.priority = priority;
+    record.flags = mask == 0 && sm == 0 ? 1 : 0;
+    record.name = name;
+    record.parameters = std::move(parameters);
+    return record;
+}
+
+// System file, 273 bytes: one Presets section with six presets (the base of Music has flags 1).
 // The sub preset of mask 0x4 comes before that of mask 0x2: the order is by priority.
 std::vector<char> SystemFile() {
-    return {
-        'B', 'P', 'B', 'Z', 0x11, 0x01, 0, 0,  // magic, total size 273
-        0x05, 0x01, 0, 0, 4, 6, 0,             // section size 261, id 4, six presets
-        // (1,0,0): 54 bytes, 3 items, priority 0, flags 1.
-        0x36, 0, 1, 0, 0, 0, 0, 0, 3, 0, 0, 0, 1, 0, 1, 'M', 0,  //
-        10, 0, 0, 8, 0, 0, 0, 0, 0, 0, 0, B(0xF0), 0x3F,         // 10 = 1.0
-        11, 0, 0, 8, 0, 0, 0, 0, 0, 0, 0, 0x00, 0x40,            // 11 = 2.0
-        12, 0, 0, 8, 0, 0, 0, 0, 0, 0, 0, 0x08, 0x40,            // 12 = 3.0
-        // (1,0,2): 41 bytes, 2 items, priority 2, flags 0.
-        0x29, 0, 1, 0, 2, 0, 0, 0, 2, 0, 2, 0, 0, 0, 1, 'Q', 0,  //
-        11, 0, 0, 8, 0, 0, 0, 0, 0, 0, 0, 0x18, B(0xC0),         // 11 = -6.0
-        20, 0, 0, 8, 0, 0, 0, 0, 0, 0, 0, B(0xE0), 0x3F,         // 20 = 0.5
-        // (1,0,4): 54 bytes, 3 items, priority 1.
-        0x36, 0, 1, 0, 4, 0, 0, 0, 3, 0, 1, 0, 0, 0, 1, 'P', 0,  //
-        11, 0, 0, 8, 0, 0, 0, 0, 0, 0, 0, 0x10, 0x40,            // 11 = 4.0
-        12, 0, 0, 8, 0, 0, 0, 0, 0, 0, 0, 0x08, B(0xC0),         // 12 = -3.0
-        21, 0, 0, 8, 0, 0, 0, 0, 0, 0, 0, B(0xF8), 0x3F,         // 21 = 1.5
-        // (1,0,8): 28 bytes, 1 item, priority 3.
-        0x1C, 0, 1, 0, 8, 0, 0, 0, 1, 0, 3, 0, 0, 0, 1, 'L', 0,  //
-        20, 0, 0, 8, 0, 0, 0, 0, 0, 0, 0, 0x20, 0x40,            // 20 = 8.0
-        // (1,2,0): 41 bytes, 2 items, priority 0.
-        0x29, 0, 1, 2, 0, 0, 0, 0, 2, 0, 0, 0, 0, 0, 1, 'V', 0,  //
-        10, 0, 0, 8, 0, 0, 0, 0, 0, 0, 0, 0x14, 0x40,            // 10 = 5.0
-        13, 0, 0, 8, 0, 0, 0, 0, 0, 0, 0, 0x1C, 0x40,            // 13 = 7.0
-        // (1,2,2): 28 bytes, 1 item, priority 1.
-        0x1C, 0, 1, 2, 2, 0, 0, 0, 1, 0, 1, 0, 0, 0, 1, 'W', 0,  //
-        13, 0, 0, 8, 0, 0, 0, 0, 0, 0, 0, 0x22, 0x40,            // 13 = 9.0
-    };
+    const std::string bytes = bringup_test::PresetFile(
+        {Record(0, 0, 0, "M", {{10, 1.0}, {11, 2.0}, {12, 3.0}}),
+         Record(0, 2, 2, "Q", {{11, -6.0}, {20, 0.5}}),
+         Record(0, 4, 1, "P", {{11, 4.0}, {12, -3.0}, {21, 1.5}}),
+         Record(0, 8, 3, "L", {{20, 8.0}}), Record(2, 0, 0, "V", {{10, 5.0}, {13, 7.0}}),
+         Record(2, 2, 1, "W", {{13, 9.0}})});
+    return std::vector<char>(bytes.begin(), bytes.end());
 }
 
 // User file, 92 bytes: one UserModes section with no enabled masks and two user twins:

@@ -61,33 +61,6 @@ struct Fixture {
     HalControlManagerImpl manager;
 };
 
-TEST(HalControlManagerImplTest, SettingsOfAnotherVersionOrMissingSelectNothing) {
-    Fixture f({"1"});
-    EXPECT_CALL(*f.handlers.ordered[0], SetEnable(_)).Times(0);
-    auto settings = Search(1);
-    zorbaudio_settings_t version1 = *settings->GetSettings();
-    version1.version = 1;
-
-    LogCapture capture;
-    EXPECT_FALSE(f.manager.SetEnable(&version1, true));
-    EXPECT_EQ(capture.ErrorTexts(),
-              (std::vector<std::string>{
-                  "CheckAudioCalSettings: Major API version mismatch. Provided = 1, Supported = 2",
-                  kNoHandler}));
-    EXPECT_EQ(capture.Texts(4).size(), 4u);
-
-    const std::vector<std::string> nullLines{
-        "CheckAudioCalSettings: pZorbAudioSettings = NULL, please assign proper value.",
-        kNoHandler};
-    capture.Clear();
-    EXPECT_FALSE(f.manager.SetEnable(nullptr, true));
-    EXPECT_EQ(capture.ErrorTexts(), nullLines);
-    capture.Clear();
-    zorbaudio_settings_t noRecord{2, nullptr};
-    EXPECT_FALSE(f.manager.SetEnable(&noRecord, true));
-    EXPECT_EQ(capture.ErrorTexts(), nullLines);
-}
-
 TEST(HalControlManagerImplTest, AllRouteKeepsGoingAfterAFailureAndAndsTheResults) {
     Fixture f({"1", "1"});
     auto settings = Search(1);
@@ -214,54 +187,6 @@ TEST(HalControlManagerImplTest, SetVolumeTableTakesActiveStreamsOnly) {
     LogCapture capture;
     EXPECT_TRUE(f.manager.SetVolumeTable(Search(2)->GetSettings(), 4, volumes));
     EXPECT_FALSE(capture.Has(kNoHandler));
-}
-
-TEST(HalControlManagerImplTest, InitializeLogsTheFeaturesAndTheQueryMatchesExactly) {
-    LogCapture capture;
-    Handlers handlers;
-    handlers.Add("1");
-    HalControlManagerImpl manager;
-    EXPECT_TRUE(manager.Initialize(handlers.map, {"Surround", "DumpBufferToDsp"}, {}, {}));
-    auto texts = capture.Texts(1);
-    ASSERT_GE(texts.size(), 3u);
-    EXPECT_EQ(std::vector<std::string>(texts.end() - 3, texts.end()),
-              (std::vector<std::string>{"Initialize: Supported features count = 2",
-                                        "Initialize: DumpBufferToDsp", "Initialize: Surround"}));
-    EXPECT_TRUE(manager.IsFeatureSupported("Surround"));
-    EXPECT_FALSE(manager.IsFeatureSupported("surround"));
-    EXPECT_FALSE(manager.IsFeatureSupported(nullptr));
-    EXPECT_TRUE(capture.Has(1, "IsFeatureSupported: surround"));
-}
-
-// The signatures of the entry traces are written by hand in the manager.
-TEST(HalControlManagerImplTest, EveryOperationStartsWithTheEntryTrace) {
-    Fixture f({"1"});
-    auto settings = Search(1);
-    LogCapture capture;
-    f.manager.SetVolume(settings->GetSettings(), 1.0);
-    std::map<uint32_t, CMeterValue> meters;
-    f.manager.GetMeters(settings->GetSettings(), {}, meters);
-    f.manager.SetMessageBufferSize(100);
-    EXPECT_EQ(capture.Texts(0),
-              (std::vector<std::string>{
-                  "Entering function virtual bool TesselFX::HalControlManagerImpl::SetVolume(const "
-                  "zorbaudio_settings_t *, double)",
-                  "Entering function virtual bool TesselFX::HalControlManagerImpl::GetMeters(const "
-                  "zorbaudio_settings_t *, const std::map<uint32_t, CMeterInfo> &, "
-                  "std::map<uint32_t, CMeterValue> &)",
-                  "Entering function virtual void "
-                  "TesselFX::HalControlManagerImpl::SetMessageBufferSize(unsigned int)"}));
-}
-
-TEST(HalControlManagerImplTest, MessageBufferSizeSetsTheNotificationLimits) {
-    HalControlManagerImpl manager;
-    manager.SetMessageBufferSize(15963);
-    EXPECT_EQ(manager.GetMessageBufferSize(), 15963u);
-    EXPECT_EQ(manager.GetMaxNotificationSize(), 11970u);
-    EXPECT_EQ(manager.GetMaxParametersPerNotification(), 997u);
-    bool valid = false;
-    EXPECT_TRUE(manager.GetTuningModeValidation(nullptr, valid));
-    EXPECT_TRUE(valid);
 }
 
 TEST(HalControlManagerImplTest, LinkLawSourceValuesAreKeptPerHandlerThatTookThem) {

@@ -1,14 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstring>
-
+#include "../e2e/ToolFrames.h"
 #include "ControlMocks.h"
-#include "LogCapture.h"
 #include "config/ZorbAudioSettings.h"
 #include "control/HalControlManagerImpl.h"
 #include "control/HalNotifier.h"
-#include "protocol/Base64.h"
 
 namespace TesselFX {
 namespace test {
@@ -32,94 +29,22 @@ int RecordingFunction(void* handle, CommonSettings* settings, const void* data, 
     return 0;
 }
 
-/// Two handlers of instance 1 and one of instance 2, in map order.
+/// One handler, of instance 2, under an initialised manager.
 struct Fixture {
     Fixture() {
-        for (const char* instance : {"1", "1", "2"}) {
-            auto description = MakeDescription();
-            description->GetSettings()->AddString("INSTANCE", instance);
-            auto handler = std::make_shared<Handler>();
-            map[description] = handler;
-            instances[handler.get()] = instance;
-        }
-        manager.Initialize(map, {}, {}, {});
+        auto description = MakeDescription();
+        description->GetSettings()->AddString("INSTANCE", "2");
+        manager.Initialize({{description, handler}}, {}, {}, {});
     }
-    /// The handlers of one instance, in map order.
-    std::vector<std::shared_ptr<Handler>> Of(const std::string& instance) {
-        std::vector<std::shared_ptr<Handler>> out;
-        for (const auto& entry : map) {
-            if (instances[entry.second.get()] == instance) {
-                out.push_back(std::static_pointer_cast<Handler>(entry.second));
-            }
-        }
-        return out;
-    }
-    ControlHandlerMap map;
-    std::map<IControlHandler*, std::string> instances;
+    std::shared_ptr<Handler> handler = std::make_shared<Handler>();
     HalControlManagerImpl manager;
 };
 
-std::unique_ptr<ZorbAudioSettings> Search(uint32_t instance) {
-    auto settings = std::make_unique<ZorbAudioSettings>();
-    settings->AddUint("INSTANCE", instance);
-    return settings;
-}
+using bringup_test::F64;
+using bringup_test::FromText;
+using bringup_test::ToText;
+using bringup_test::U32;
 
-TEST(HalNotifierTest, RegisterGivesSelectedHandlersAListenerAndEraseTakesItBack) {
-    Fixture f;
-    auto one = f.Of("1");
-    auto two = f.Of("2");
-    auto notifier = std::make_shared<HalNotifier>(nullptr, RecordingFunction);
-    ListenerPtr listeners[2];
-    EXPECT_CALL(*one[0], RegisterParametersAndChunksChangedListener(_))
-        .WillOnce(SaveArg<0>(&listeners[0]));
-    EXPECT_CALL(*one[1], RegisterParametersAndChunksChangedListener(_))
-        .WillOnce(SaveArg<0>(&listeners[1]));
-    EXPECT_CALL(*two[0], RegisterParametersAndChunksChangedListener(_)).Times(0);
-    EXPECT_TRUE(f.manager.RegisterNotifier(Search(1)->GetSettings(), notifier));
-    ASSERT_TRUE(listeners[0] && listeners[1]);
-    EXPECT_NE(listeners[0], listeners[1]);
-
-    // Erasing passes over handlers without a notifier and succeeds.
-    EXPECT_TRUE(f.manager.RegisterNotifier(Search(2)->GetSettings(), nullptr));
-    EXPECT_CALL(*one[0], RegisterParametersAndChunksChangedListener(ListenerPtr()));
-    EXPECT_CALL(*one[1], RegisterParametersAndChunksChangedListener(ListenerPtr()));
-    EXPECT_TRUE(f.manager.RegisterNotifier(Search(1)->GetSettings(), nullptr));
-    EXPECT_TRUE(f.manager.RegisterNotifier(Search(1)->GetSettings(), nullptr));
-
-    LogCapture capture;
-    EXPECT_FALSE(f.manager.RegisterNotifier(Search(3)->GetSettings(), notifier));
-    EXPECT_FALSE(f.manager.RegisterNotifier(Search(3)->GetSettings(), nullptr));
-    EXPECT_EQ(capture.ErrorTexts(),
-              (std::vector<std::string>{"no valid ControlHandler", "no valid ControlHandler"}));
-}
-
-TEST(HalNotifierTest, TheManagerTakesBackItsListenersWhenItGoes) {
-    auto manager = std::make_unique<HalControlManagerImpl>();
-    ControlHandlerMap map;
-    auto description = MakeDescription();
-    description->GetSettings()->AddString("INSTANCE", "1");
-    auto handler = std::make_shared<Handler>();
-    map[description] = handler;
-    manager->Initialize(map, {}, {}, {});
-    EXPECT_CALL(*handler, RegisterParametersAndChunksChangedListener(_));
-    EXPECT_TRUE(manager->RegisterNotifier(
-        Search(1)->GetSettings(), std::make_shared<HalNotifier>(nullptr, RecordingFunction)));
-    EXPECT_CALL(*handler, RegisterParametersAndChunksChangedListener(ListenerPtr()));
-    manager.reset();
-}
-
-std::string U32(uint32_t value) {
-    std::string out;
-    for (int i = 0; i < 4; ++i) out.push_back(static_cast<char>((value >> (8 * i)) & 0xFF));
-    return out;
-}
-std::string F64(double value) {
-    uint64_t bits;
-    std::memcpy(&bits, &value, sizeof(bits));
-    return U32(static_cast<uint32_t>(bits)) + U32(static_cast<uint32_t>(bits >> 32));
-}
-std::string Text(const std::string& bytes) { return Base64::Encode(bytes.data(), bytes.size()); }
 /// A parameter map frame, id 4.
 std::string Parameters(unsigned first, unsigned count) {
     std::string out = U32(4) + U32(count);
@@ -127,14 +52,18 @@ std::string Parameters(unsigned first, unsigned count) {
     return out;
 }
 
-TEST(HalNotifierTest, LongMapsAndLongMessagesAreCut) {
+// Registration by instance, erasure and the notifications' texts are shown end to end in
+// tests/e2e/NotifyE2eTest.cpp, the refusal's log line in tests/api/ZbApiTest.cpp.
+TEST(HalNotifierTest, LongMapsAndLongMessagesAreCutAndTheManagerTakesItsListenerBack) {
     Fixture f;
-    auto handler = f.Of("2").front();
     ListenerPtr listener;
-    EXPECT_CALL(*handler, RegisterParametersAndChunksChangedListener(_))
+    EXPECT_CALL(*f.handler, RegisterParametersAndChunksChangedListener(_))
         .WillOnce(SaveArg<0>(&listener));
-    EXPECT_CALL(*handler, RegisterParametersAndChunksChangedListener(ListenerPtr()));
-    ASSERT_TRUE(f.manager.RegisterNotifier(Search(2)->GetSettings(),
+    // The manager erases the listener when it goes.
+    EXPECT_CALL(*f.handler, RegisterParametersAndChunksChangedListener(ListenerPtr()));
+    auto settings = std::make_unique<ZorbAudioSettings>();
+    settings->AddUint("INSTANCE", 2);
+    ASSERT_TRUE(f.manager.RegisterNotifier(settings->GetSettings(),
                                            std::make_shared<HalNotifier>(&f, RecordingFunction)));
     ASSERT_TRUE(listener);
     g_calls.clear();
@@ -149,9 +78,8 @@ TEST(HalNotifierTest, LongMapsAndLongMessagesAreCut) {
     for (const Call& call : g_calls) {
         EXPECT_EQ(call.handle, &f);
         EXPECT_EQ(call.settings->ToString(), "INSTANCE=2;");
-        const std::vector<char> bytes = Base64::Decode(call.text);
-        EXPECT_EQ(Base64::Encode(bytes), call.text);
-        frames.emplace_back(bytes.begin(), bytes.end());
+        frames.push_back(FromText(call.text));
+        EXPECT_EQ(ToText(frames.back()), call.text);
     }
     // Messages of 6, 6 and 1 parameters; the two of 80 bytes go in two pieces each.
     const std::string first = Parameters(10, 6);
@@ -171,15 +99,15 @@ TEST(HalNotifierTest, LongMapsAndLongMessagesAreCut) {
     g_calls.clear();
     listener->OnChunksChanged({{7, {}}, {1, {'a', 'b'}}});
     ASSERT_EQ(g_calls.size(), 2u);
-    EXPECT_EQ(g_calls[0].text, Text(U32(6) + U32(1) + U32(2) + "ab"));
-    EXPECT_EQ(g_calls[1].text, Text(U32(6) + U32(7) + U32(0)));
+    EXPECT_EQ(g_calls[0].text, ToText(U32(6) + U32(1) + U32(2) + "ab"));
+    EXPECT_EQ(g_calls[1].text, ToText(U32(6) + U32(7) + U32(0)));
 
     // Without a size nothing is cut.
     g_calls.clear();
     f.manager.SetMessageBufferSize(0);
     listener->OnParametersChanged(parameters);
     ASSERT_EQ(g_calls.size(), 1u);
-    EXPECT_EQ(g_calls[0].text, Text(Parameters(10, 13)));
+    EXPECT_EQ(g_calls[0].text, ToText(Parameters(10, 13)));
 }
 
 }  // namespace

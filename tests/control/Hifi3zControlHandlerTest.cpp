@@ -92,31 +92,23 @@ struct Hifi3zHandlerTest : ::testing::Test {
     std::shared_ptr<RecordingSender> sender = std::make_shared<RecordingSender>();
 };
 
+// Parameter 1 at 0 and at 0.5 on the wire is shown end to end in tests/e2e/BringupTest.cpp.
 TEST_F(Hifi3zHandlerTest, OnlyAPresetValueOfExactlyZeroTakesTheHandlersState) {
     auto handler = Make();
-    ASSERT_TRUE(handler->SetBypass(true));
-
-    presetValues = {{1, 0.5}, {7, 3.5}};
-    ASSERT_TRUE(handler->SetCurrentPreset());
-    EXPECT_EQ(generator->calls.back().parameters, presetValues);
-
-    presetValues = {{1, 1.0}};
-    ASSERT_TRUE(handler->SetBypass(false));
-    Parameters merged = presetValues;
-    handler->MergeEnableBypassParameter(merged);
-    EXPECT_EQ(merged, presetValues);
-
-    presetValues = {{7, 3.5}};
     ASSERT_TRUE(handler->SetEnable(false));
-    ASSERT_TRUE(handler->SetCurrentPreset());
-    EXPECT_EQ(generator->calls.back().parameters, presetValues);
-
+    Parameters one{{1, 1.0}};
+    handler->MergeEnableBypassParameter(one);
+    EXPECT_EQ(one, (Parameters{{1, 1.0}}));
     Parameters zero{{1, 0.0}, {2, 0.0}};
     handler->MergeEnableBypassParameter(zero);
     EXPECT_EQ(zero, (Parameters{{1, 1.0}, {2, 0.0}}));
     Parameters negativeZero{{1, -0.0}};
     handler->MergeEnableBypassParameter(negativeZero);
     EXPECT_EQ(negativeZero, (Parameters{{1, 1.0}}));
+    ASSERT_TRUE(handler->SetEnable(true));
+    Parameters enabled{{1, 1.0}, {7, 0.0}};
+    handler->MergeEnableBypassParameter(enabled);
+    EXPECT_EQ(enabled, (Parameters{{1, 1.0}, {7, 0.0}}));
 }
 
 TEST_F(Hifi3zHandlerTest, AFailedSendStopsTheRestAndKeepsTheNextSendFull) {

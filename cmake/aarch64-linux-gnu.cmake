@@ -1,6 +1,6 @@
 # Cross build for 64-bit ARM with Debian's g++-aarch64-linux-gnu and the arm64 multiarch
 # libraries (liblog, GoogleTest, libsndfile: `dpkg --add-architecture arm64`, then
-# `apt-get install android-liblog-dev:arm64 libgtest-dev:arm64 ...`; scripts/bootstrap-aarch64
+# `apt-get install android-liblog-dev:arm64 libgtest-dev:arm64 ...`; `scripts/bootstrap aarch64`
 # does both).
 #
 #   cmake -S . -B build-aarch64 -G Ninja -DCMAKE_TOOLCHAIN_FILE=cmake/aarch64-linux-gnu.cmake

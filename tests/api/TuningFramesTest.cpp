@@ -18,43 +18,7 @@ using Parameters = std::map<unsigned int, double>;
 class TuningFramesTest : public StaticControlTest {
   protected:
     void SetUp() override { ASSERT_TRUE(Init()); }
-    bool Tuning() {
-        bool tuning = false;
-        EXPECT_TRUE(m_manager->IsTuningMode(Settings(), tuning));
-        return tuning;
-    }
 };
-
-TEST_F(TuningFramesTest, LeavingTuningSendsTheSystemPresetAgain) {
-    ASSERT_TRUE(m_manager->StartTuningMode(Settings(), true));
-    EXPECT_TRUE(Tuning());
-    EXPECT_TRUE(Take().empty());
-
-    // The first send is full, with the tool's value.
-    ASSERT_TRUE(m_manager->SetParameterFromTuning(Settings(), 1006, 4.0));
-    EXPECT_EQ(Take(), Frames{Frame({Block(4096, {{1, 0.0f}}), Block(4158, {{14, 4.0f}}),
-                                    Block(4160, {{14, 0.5f}})})});
-    ASSERT_TRUE(
-        m_manager->SetParametersArrayFromTuning(Settings(), {{1006, 4.0}, {1022, 2.0}}, false));
-    EXPECT_EQ(Take(), Frames{Frame({Block(4159, {{14, 2.0f}})})});
-
-    // The system presets never saw the tool's values. A parameter that the system preset
-    // lacks (1022) is not sent: the DSP keeps the tool's value.
-    ASSERT_TRUE(m_manager->StartTuningMode(Settings(), false));
-    EXPECT_FALSE(Tuning());
-    EXPECT_EQ(Take(), Frames{Frame({Block(4158, {{14, 1.0f}})})});
-    ASSERT_TRUE(m_manager->StartTuningMode(Settings(), false));
-    EXPECT_TRUE(Take().empty());
-
-    // A tool may write without starting: the manager makes the tuning data first.
-    ASSERT_TRUE(m_manager->SetParameterFromTuning(Settings(), 1038, 0.25));
-    EXPECT_TRUE(Tuning());
-    EXPECT_EQ(Take(), Frames{Frame({Block(4160, {{14, 0.25f}})})});
-    ASSERT_TRUE(m_manager->SetActive(Settings(), 1, 2));
-    EXPECT_TRUE(Take().empty());
-    ASSERT_TRUE(m_manager->StartTuningMode(Settings(), false));
-    EXPECT_EQ(Take(), Frames{Frame({Block(4161, {{14, 9.0f}})})});
-}
 
 TEST_F(TuningFramesTest, TheToolsLinkLawsAndTheSourceValuesOfTheManager) {
     TesselTuning::FullPreset preset;

@@ -53,41 +53,28 @@ inline int RecordingNotifier(void* handle, const void* data, uint32_t size, void
     return tool->result;
 }
 
-/// Twenty parameters 2000 to 2019 with values 0.5 to 19.5: Many (2,1).
-inline std::map<unsigned, double> ManyParameters() {
-    std::map<unsigned, double> many{{1, 0.0}};
-    for (unsigned i = 0; i < 20; ++i) many[2000 + i] = i + 0.5;
-    return many;
-}
-
-/// A control object of one handler, instance 1, with presets Music (1,1), Movie (1,2) and
-/// Many (2,1), and the stand-in DSP library.
+/// A control object of one handler, instance 1, with presets Music (1,1) and Movie (1,2), and
+/// the stand-in DSP library.
 class ToolSessionTest : public ::testing::Test {
   protected:
     void SetUp() override {
         const std::string presets =
             m_dir.Write("system.zps", PresetFile({Preset(1, 1, 0, 0, {{1, 0.0}, {1006, 1.0}}),
-                                                  Preset(1, 2, 0, 0, {{1, 0.0}, {1022, 2.0}}),
-                                                  Preset(2, 1, 0, 0, ManyParameters())}));
-        const std::string config = m_dir.Write(
-            "hal.ini",
-            "[HAL_SUPPORTED_SAMPLE_RATES]\nrates=48000\n"
-            "[HAL_VOLUME_PRIORITY]\nAUDIO_STREAM_MUSIC=VOLUME_PRIORITY_HIGH\n"
-            "[HAL_SUPPORTED_PRESETS]\nMusic=OM:1,SM:1\nMovie=OM:1,SM:2\nMany=OM:2,SM:1\n"
-            "[HAL_SUPPORTED_CONTROLS]\n"
-            "Speaker=DEV:2,SR:rates,PRESET:Music|Movie|Many,INSTANCE:1\n"
-            "[COEFS_CONVERTER_SETTING]\nDspKitPath64=" DSPKIT_SIM_PATH "\n");
+                                                  Preset(1, 2, 0, 0, {{1, 0.0}, {1022, 2.0}})}));
+        const std::string config =
+            m_dir.Write("hal.ini",
+                        "[HAL_SUPPORTED_SAMPLE_RATES]\nrates=48000\n"
+                        "[HAL_VOLUME_PRIORITY]\nAUDIO_STREAM_MUSIC=VOLUME_PRIORITY_HIGH\n"
+                        "[HAL_SUPPORTED_PRESETS]\nMusic=OM:1,SM:1\nMovie=OM:1,SM:2\n"
+                        "[HAL_SUPPORTED_CONTROLS]\n"
+                        "Speaker=DEV:2,SR:rates,PRESET:Music|Movie,INSTANCE:1\n"
+                        "[COEFS_CONVERTER_SETTING]\nDspKitPath64=" DSPKIT_SIM_PATH "\n");
         ASSERT_EQ(zb_create(&m_handle, &m_tool), 1);
         m_tool.handle = m_handle;
         ASSERT_EQ(zb_initialize(m_handle, presets.c_str(), "", config.c_str(), IgnoringSender), 1);
     }
     void TearDown() override { zb_destroy(&m_handle); }
 
-    /// zb_set_command with the text of frame.
-    int Set(const std::string& frame) {
-        std::string text = ToText(frame);
-        return zb_set_command(m_handle, 1, &text[0]);
-    }
     /// zb_get_command with the text of frame and a reply buffer of replySize bytes; reply gets
     /// the decoded reply frame, or "#" when the call fails.
     int Get(const std::string& frame, std::string& reply, uint32_t replySize = 4096) {

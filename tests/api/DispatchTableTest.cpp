@@ -91,12 +91,15 @@ struct Command {
     std::string frame;  // sent as base64 text, unless text is set
     uint32_t replySize = 4096;
     const char* text = nullptr;
+    uint32_t instance = 1;
 };
 Command Set(const std::string& frame) { return {false, frame}; }
 Command SetText(const char* text) { return {false, "", 0, text}; }
 Command Get(const std::string& frame, uint32_t replySize = 4096) {
     return {true, frame, replySize};
 }
+/// A get command for instance 2, which no control handles.
+Command GetElsewhere(const std::string& frame) { return {true, frame, 4096, nullptr, 2}; }
 
 struct Row {
     const char* name;
@@ -212,9 +215,10 @@ class DispatchTable {
     int Call(const Command& command) {
         const std::string frame = WithSession(command.frame);
         std::string text = command.text != nullptr ? command.text : ToText(frame);
-        if (!command.get) return zb_set_command(m_handle, 1, &text[0]);
+        if (!command.get) return zb_set_command(m_handle, command.instance, &text[0]);
         m_text.assign(command.replySize, '#');
-        const int result = zb_get_command(m_handle, 1, text.c_str(), &m_text[0], command.replySize);
+        const int result =
+            zb_get_command(m_handle, command.instance, text.c_str(), &m_text[0], command.replySize);
         if (result == 1) NoteSession(FromText(m_text.substr(0, m_text.find('\0'))));
         return result;
     }
@@ -433,6 +437,41 @@ const Row kRows[] = {
      {"do not support id 41"}},
     {"10 without its number", false, {}, Get(Msg(10, "\x01\x00")), 0, "", {}, {}, false,
      {"get zbIndex fail", "not valid messageData", "handler returned error"}},
+    {"48 answers 1 also without a handler", false, {}, GetElsewhere(Msg(48)), 1, Msg(48, U32(1)),
+     {}, {}, false, {}},
+    {"49 without a handler", false, {}, GetElsewhere(Msg(49)), 0, "", {}, {}, false,
+     {"no valid ControlHandler", "handler returned error"}},
+    {"10 without a handler", false, {}, GetElsewhere(Msg(10, U32(1006))), 0, "", {}, {}, false,
+     {"no valid ControlHandler", "handler returned error"}},
+    {"11 without a handler", false, {}, GetElsewhere(Msg(11, U32(1) + U32(1006))), 0, "", {}, {},
+     false, {"no valid ControlHandler", "handler returned error"}},
+    {"30 without a handler", false, {}, GetElsewhere(Msg(30, U32(3))), 0, "", {}, {}, false,
+     {"no valid ControlHandler", "handler returned error"}},
+    {"29 without a handler", false, {}, GetElsewhere(Msg(29)), 0, "", {}, {}, false,
+     {"no valid ControlHandler", "handler returned error"}},
+    {"11 with a wrong count", false, {}, Get(Msg(11, U32(2) + U32(1))), 0, "", {}, {}, false,
+     {"expected size 12 from count 2 is wrong, actual size 8", "not valid messageData",
+      "handler returned error"}},
+    {"6 without its index", false, {}, Get(Msg(6)), 0, "", {}, {}, false,
+     {"get zbIndex fail", "not valid messageData", "handler returned error"}},
+    {"51 without a full preset", false, {}, Get(Msg(51, U32(0))), 0, "", {}, {}, false,
+     {"read index fail", "not valid messageData", "handler returned error"}},
+    {"30 without its index", false, {}, Get(Msg(30)), 0, "", {}, {}, false,
+     {"get zbIndex fail", "not valid messageData", "handler returned error"}},
+    {"33 with a wrong count", false, {}, Get(Msg(33, U32(1))), 0, "", {}, {}, false,
+     {"expected size 8 from count 1 is wrong, actual size 4", "not valid messageData",
+      "handler returned error"}},
+    {"36 with a short meter", false, {}, Get(Msg(36, U32(1) + U32(8) + U32(0) + U32(1))), 0, "",
+     {}, {}, false,
+     {"CMeterInfo::Deserialize Not enough data for meters", "not valid messageData",
+      "handler returned error"}},
+    {"39 without its value", false, {}, Get(Msg(39)), 0, "", {}, {}, false,
+     {"get zbIndex fail", "not valid messageData", "handler returned error"}},
+    {"42 without its value", false, {}, Get(Msg(42)), 0, "", {}, {}, false,
+     {"get zbIndex fail", "not valid messageData", "handler returned error"}},
+    {"52 of a query with a wrong size", false, {},
+     Get(Msg(52, U32(1) + U32(2) + U32(78) + U32(5) + "ab")), 0, "", {}, {}, false,
+     {"expected total size 21 from size 5 is wrong, actual size 18", "handler returned error"}},
     {"10 of an unknown parameter", false, {}, Get(Msg(10, U32(9999))), 0, "", {}, {}, false,
      {"parameter 9999 is found", "handler returned error"}},
     {"text after a fill character is ignored", false, {}, SetText("KQAAAAAAAAA=KQAAAAEAAAA="), 1, "",

@@ -11,6 +11,9 @@
 #                  built with clang into the fuzz targets' build directory
 # make test-tsan   the threaded tests only (THREADED_TESTS) under ThreadSanitizer
 # make fuzz        builds the libFuzzer targets (clang) and runs each for SECONDS seconds
+# make coverage    builds with --coverage into build-coverage/, runs every test there, and writes
+#                  line and branch coverage of src/ per file and per folder, text and HTML, in
+#                  build-coverage/ (scripts/coverage); fails when a target is missed
 SANITIZE ?=
 BUILD_TYPE ?= RelWithDebInfo
 comma := ,
@@ -24,7 +27,7 @@ THREADED_TESTS ?= test_log stress/test_stress
 TSAN_GTEST_FILTER ?= *
 
 .PHONY: all bootstrap configure build test demo clean test-aarch64 test-soong test-install \
-        test-asan test-tsan configure-fuzz fuzz-build fuzz bench
+        test-asan test-tsan configure-fuzz fuzz-build fuzz bench coverage
 
 all: build
 
@@ -94,6 +97,15 @@ fuzz-build: configure-fuzz
 
 fuzz: fuzz-build
 	@scripts/fuzz $(FUZZ_DIR) $(SECONDS)
+
+COVERAGE_DIR ?= build-coverage
+coverage:
+	@scripts/bootstrap gcovr
+	@cmake -S . -B $(COVERAGE_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DZB_COVERAGE=ON >/dev/null
+	@cmake --build $(COVERAGE_DIR) -j $(JOBS)
+	@find $(COVERAGE_DIR) -name '*.gcda' -delete
+	@cd $(COVERAGE_DIR) && ctest --output-on-failure -j $(JOBS) --timeout $(TEST_TIMEOUT)
+	@scripts/coverage $(COVERAGE_DIR)
 
 clean:
 	rm -rf build build-*

@@ -1,5 +1,6 @@
 #include "config/HalControlConfig.h"
 
+#include "config/ConfigLineError.h"
 #include "config/ControlDescriptionParser.h"
 #include "config/CustomActionParser.h"
 #include "config/OrientationSubtypesParser.h"
@@ -27,8 +28,25 @@ void HalControlConfig::ParseConfig(std::shared_ptr<CIniFile> iniFile) {
         for (const auto& key : section->GetKeys()) {
             const std::string name = key.second->GetName();
             const std::string value = RemoveWhiteSpace(key.second->GetValue());
-            sectionAndParser.second->Parse(name, value);
+            ParseLine(*sectionAndParser.second, section->GetName(), name, value);
         }
+    }
+}
+
+void HalControlConfig::ParseLine(ISingleLineParser& parser, const std::string& section,
+                                 const std::string& name, const std::string& value) {
+    try {
+        parser.Parse(name, value);
+    } catch (const std::exception&) {
+        ConfigLineError::RethrowWithLine(section, name, value);
+    }
+}
+
+int32_t HalControlConfig::CustomActionId(const std::string& section) {
+    try {
+        return std::stoi(section.substr(std::string(kCustomActionPrefix).size()));
+    } catch (const std::exception&) {
+        ConfigLineError::RethrowWithLine(section, "", "");
     }
 }
 
@@ -58,7 +76,7 @@ void HalControlConfig::AddCustomActionParsers(std::shared_ptr<CIniFile> iniFile,
     for (const auto& section : iniFile->GetSections()) {
         const std::string& name = section.second->GetName();
         if (name.compare(0, prefix.size(), prefix) != 0) continue;
-        const int32_t id = std::stoi(name.substr(prefix.size()));
+        const int32_t id = CustomActionId(name);
         auto action = std::make_shared<CustomAction>(id);
         m_customActions[id] = action;
         parsers.emplace_back(name, std::make_shared<CustomActionParser>(m_presets, action));

@@ -17,8 +17,9 @@ namespace TesselFX {
 
 /// The tables that one configuration INI defines. Built, parsed once and queried for copies
 /// during initialisation; not thread safe. ParseConfig lets the standard conversion exceptions
-/// of bad entries pass out (std::invalid_argument, std::out_of_range); what was parsed before
-/// the failing entry stays in the tables.
+/// of bad entries pass out (std::invalid_argument, std::out_of_range), each also a
+/// ConfigLineError that names the line; what was parsed before the failing entry stays in the
+/// tables.
 class HalControlConfig {
   public:
     static constexpr char kSampleRatesSection[] = "HAL_SUPPORTED_SAMPLE_RATES";
@@ -45,6 +46,14 @@ class HalControlConfig {
     /// Appends a parser for each CUSTOM_ACTION_<id> section, creating the action <id>. A
     /// section named only by the prefix throws std::invalid_argument.
     virtual void AddCustomActionParsers(std::shared_ptr<CIniFile> iniFile, LineParsers& parsers);
+
+    /// parser.Parse(name, value); a std::invalid_argument or std::out_of_range that leaves it
+    /// goes on with the line attached (ConfigLineError::RethrowWithLine).
+    static void ParseLine(ISingleLineParser& parser, const std::string& section,
+                          const std::string& name, const std::string& value);
+    /// The <id> of a section named CUSTOM_ACTION_<id>: std::stoi of what follows the prefix,
+    /// which throws with the section attached.
+    static int32_t CustomActionId(const std::string& section);
 
     ControlDescriptions GetControls() const { return m_controls; }
     VolumeSubtypeTables GetPresetVolumeSubtypes() const { return m_presetVolumeSubtypes; }

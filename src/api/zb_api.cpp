@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -11,6 +12,7 @@
 #include "api/ZbApiCallbacks.h"
 #include "api/zorbaudio_control_Hifi3z.h"
 #include "api/zorbaudio_control_base.h"
+#include "config/ConfigLineError.h"
 #include "config/ZorbAudioSettings.h"
 #include "control/HalControlManager.h"
 #include "control/HalNotifier.h"
@@ -72,19 +74,54 @@ HandleEntry* ScanEntry(void* handle) {
     return nullptr;
 }
 
-/// The common shape of a call that takes an instance: under the table mutex, finds the entry,
-/// builds the search record INSTANCE=instance and runs call with the manager and the record.
-template <typename Call>
-int WithInstance(void* handle, uint32_t instance, Call call) {
-    std::lock_guard<std::recursive_mutex> lock(Table().mutex);
-    HandleEntry* entry = FindEntry(handle);
-    if (entry == nullptr) {
-        return 0;
+/// Logs the exception being handled as the cause of the failure of the exported function:
+/// "%s: %s" at error level with its name and ConfigLineError::Describe. Call only from inside a
+/// catch block. Never throws: when even the line cannot be written (out of memory), nothing is.
+void LogEscapingException(const char* function) noexcept {
+    try {
+        try {
+            throw;
+        } catch (const std::exception& error) {
+            TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s: %s", function,
+                             ConfigLineError::Describe(error).c_str());
+        } catch (...) {
+            TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s: %s", function, "unknown exception");
+        }
+    } catch (...) {
     }
-    std::shared_ptr<HalControlManager> manager = entry->manager;
-    auto settings = std::make_unique<ZorbAudioSettings>();
-    settings->AddUint(kInstanceKey, instance);
-    return call(*manager, settings->GetSettings()) ? 1 : 0;
+}
+
+/// The boundary of an exported function, whose whole body is body: no exception leaves it, since
+/// a C host cannot catch one. An exception (out of memory, a configuration line that does not
+/// parse, one thrown by the caller's buffer_sender or notifier) is logged by
+/// LogEscapingException and the function returns 0, or nothing when it returns void. The locks
+/// that body took are released by then, and the handle stays valid.
+template <typename Body>
+auto AtBoundary(const char* function, Body body) noexcept -> decltype(body()) {
+    try {
+        return body();
+    } catch (...) {
+        LogEscapingException(function);
+    }
+    return decltype(body())();
+}
+
+/// The common shape of a call that takes an instance, within the boundary of the exported
+/// function: under the table mutex, finds the entry, builds the search record
+/// INSTANCE=instance and runs call with the manager and the record.
+template <typename Call>
+int WithInstance(const char* function, void* handle, uint32_t instance, Call call) noexcept {
+    return AtBoundary(function, [&] {
+        std::lock_guard<std::recursive_mutex> lock(Table().mutex);
+        HandleEntry* entry = FindEntry(handle);
+        if (entry == nullptr) {
+            return 0;
+        }
+        std::shared_ptr<HalControlManager> manager = entry->manager;
+        auto settings = std::make_unique<ZorbAudioSettings>();
+        settings->AddUint(kInstanceKey, instance);
+        return call(*manager, settings->GetSettings()) ? 1 : 0;
+    });
 }
 
 bool RejectNull(const char* function, const char* argument) {
@@ -167,105 +204,114 @@ int NotifyTrampoline(void* handle, CommonSettings* settings, const void* data, u
 
 }  // namespace TesselFX
 
+using TesselFX::AtBoundary;
 using TesselFX::HalControlManager;
 using TesselFX::Table;
 using TesselFX::WithInstance;
 using TesselFX::zorbaudio_settings_t;
 
 int zb_create(void** handle, void* context) {
-    std::lock_guard<std::recursive_mutex> lock(Table().mutex);
-    if (handle == nullptr) {
-        TesselFX::RejectNull("zb_create", "handle");
-        return 0;
-    }
-    void* object = nullptr;
-    TesselFX::zorbaudio_create(&object);
-    std::shared_ptr<HalControlManager> manager(static_cast<HalControlManager*>(object),
-                                               [](HalControlManager* doomed) {
-                                                   void* value = doomed;
-                                                   TesselFX::zorbaudio_destroy(&value);
-                                               });
-    TesselFX::HandleEntry& entry = Table().entries[TesselFX::HandleKey(manager.get())];
-    entry.manager = manager;
-    entry.context = context;
-    *handle = manager.get();
-    return 1;
+    return AtBoundary(__func__, [&] {
+        std::lock_guard<std::recursive_mutex> lock(Table().mutex);
+        if (handle == nullptr) {
+            TesselFX::RejectNull("zb_create", "handle");
+            return 0;
+        }
+        // A failure leaves null in the caller's variable, never an object outside the table.
+        *handle = nullptr;
+        void* object = nullptr;
+        TesselFX::zorbaudio_create(&object);
+        std::shared_ptr<HalControlManager> manager(static_cast<HalControlManager*>(object),
+                                                   [](HalControlManager* doomed) {
+                                                       void* value = doomed;
+                                                       TesselFX::zorbaudio_destroy(&value);
+                                                   });
+        TesselFX::HandleEntry& entry = Table().entries[TesselFX::HandleKey(manager.get())];
+        entry.manager = manager;
+        entry.context = context;
+        *handle = manager.get();
+        return 1;
+    });
 }
 
 void zb_destroy(void** handle) {
-    std::lock_guard<std::recursive_mutex> lock(Table().mutex);
-    void* value = handle == nullptr ? nullptr : *handle;
-    if (TesselFX::FindEntry(value) != nullptr) {
-        Table().entries.erase(TesselFX::HandleKey(value));
-    }
+    AtBoundary(__func__, [&] {
+        std::lock_guard<std::recursive_mutex> lock(Table().mutex);
+        void* value = handle == nullptr ? nullptr : *handle;
+        if (TesselFX::FindEntry(value) != nullptr) {
+            Table().entries.erase(TesselFX::HandleKey(value));
+        }
+    });
 }
 
 int zb_initialize(void* handle, const char* systemPresetPath, const char* userPresetPath,
                   const char* configPath, buffer_sender sender) {
-    std::lock_guard<std::recursive_mutex> lock(Table().mutex);
-    TesselFX::HandleEntry* entry = TesselFX::FindEntry(handle);
-    if (entry == nullptr) {
-        return 0;
-    }
-    entry->sender = sender;
-    std::shared_ptr<HalControlManager> manager = entry->manager;
-    return TesselFX::zorbaudio_initialize(manager.get(), systemPresetPath, userPresetPath,
-                                          configPath, TesselFX::SendBufferTrampoline)
-               ? 1
-               : 0;
+    return AtBoundary(__func__, [&] {
+        std::lock_guard<std::recursive_mutex> lock(Table().mutex);
+        TesselFX::HandleEntry* entry = TesselFX::FindEntry(handle);
+        if (entry == nullptr) {
+            return 0;
+        }
+        entry->sender = sender;
+        std::shared_ptr<HalControlManager> manager = entry->manager;
+        return TesselFX::zorbaudio_initialize(manager.get(), systemPresetPath, userPresetPath,
+                                              configPath, TesselFX::SendBufferTrampoline)
+                   ? 1
+                   : 0;
+    });
 }
 
 int zb_set_enable(void* handle, uint32_t instance, int enable) {
-    return WithInstance(handle, instance,
+    return WithInstance(__func__, handle, instance,
                         [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
                             return manager.SetEnable(settings, (enable & 1) != 0);
                         });
 }
 
 int zb_set_bypass(void* handle, uint32_t instance, int bypass) {
-    return WithInstance(handle, instance,
+    return WithInstance(__func__, handle, instance,
                         [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
                             return manager.SetBypass(settings, (bypass & 1) != 0);
                         });
 }
 
 int zb_set_active(void* handle, uint32_t instance, uint32_t outputMode, uint32_t soundMode) {
-    return WithInstance(handle, instance,
+    return WithInstance(__func__, handle, instance,
                         [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
                             return manager.SetActive(settings, outputMode, soundMode);
                         });
 }
 
 int zb_set_sound_mode(void* handle, uint32_t instance, uint32_t soundMode) {
-    return WithInstance(handle, instance,
+    return WithInstance(__func__, handle, instance,
                         [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
                             return manager.SetSoundMode(settings, soundMode);
                         });
 }
 
 int zb_set_output_mode(void* handle, uint32_t instance, uint32_t outputMode) {
-    return WithInstance(handle, instance,
+    return WithInstance(__func__, handle, instance,
                         [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
                             return manager.SetOutputMode(settings, outputMode);
                         });
 }
 
 int zb_set_volume(void* handle, uint32_t instance, double volume) {
-    return WithInstance(handle, instance,
+    return WithInstance(__func__, handle, instance,
                         [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
                             return manager.SetVolume(settings, volume);
                         });
 }
 
 int zb_set_orientation(void* handle, uint32_t instance, int orientation) {
-    return WithInstance(handle, instance,
+    return WithInstance(__func__, handle, instance,
                         [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
                             return manager.SetOrientation(settings, orientation);
                         });
 }
 
 int zb_set_parameter(void* handle, uint32_t instance, uint32_t index, double value) {
-    return WithInstance(handle, instance,
+    return WithInstance(__func__, handle, instance,
                         [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
                             return manager.SetParameter(settings, index, value);
                         });
@@ -273,21 +319,22 @@ int zb_set_parameter(void* handle, uint32_t instance, uint32_t index, double val
 
 int zb_set_parameters_array(void* handle, uint32_t instance, uint32_t count,
                             const uint32_t* indices, const double* values) {
-    return WithInstance(
-        handle, instance, [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
-            if (count != 0 && (indices == nullptr || values == nullptr)) {
-                return TesselFX::RejectNull("zb_set_parameters_array", "indices or values");
-            }
-            std::map<unsigned int, double> parameters;
-            for (uint32_t i = 0; i < count; ++i) {
-                parameters[indices[i]] = values[i];
-            }
-            return manager.SetParametersArray(settings, parameters, false);
-        });
+    return WithInstance(__func__, handle, instance,
+                        [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
+                            if (count != 0 && (indices == nullptr || values == nullptr)) {
+                                return TesselFX::RejectNull("zb_set_parameters_array",
+                                                            "indices or values");
+                            }
+                            std::map<unsigned int, double> parameters;
+                            for (uint32_t i = 0; i < count; ++i) {
+                                parameters[indices[i]] = values[i];
+                            }
+                            return manager.SetParametersArray(settings, parameters, false);
+                        });
 }
 
 int zb_set_command(void* handle, uint32_t instance, char* command) {
-    return WithInstance(handle, instance,
+    return WithInstance(__func__, handle, instance,
                         [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
                             if (command == nullptr) {
                                 return TesselFX::RejectNull("zb_set_command", "command");
@@ -300,7 +347,8 @@ int zb_set_command(void* handle, uint32_t instance, char* command) {
 int zb_get_command(void* handle, uint32_t instance, const char* command, char* reply,
                    uint32_t replySize) {
     return WithInstance(
-        handle, instance, [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
+        __func__, handle, instance,
+        [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
             if (command == nullptr || reply == nullptr) {
                 return TesselFX::RejectNull("zb_get_command", "command or reply");
             }
@@ -315,52 +363,53 @@ int zb_get_command(void* handle, uint32_t instance, const char* command, char* r
 
 int zb_set_linklaws_value(void* handle, uint32_t instance, uint32_t sourceIndex, double sourceValue,
                           double masterValue) {
-    return WithInstance(
-        handle, instance, [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
-            return manager.SetLinkLawsValue(settings, sourceIndex, sourceValue, masterValue);
-        });
+    return WithInstance(__func__, handle, instance,
+                        [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
+                            return manager.SetLinkLawsValue(settings, sourceIndex, sourceValue,
+                                                            masterValue);
+                        });
 }
 
 int zb_wait_for_flush(void* handle, uint32_t instance) {
-    return WithInstance(handle, instance,
+    return WithInstance(__func__, handle, instance,
                         [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
                             return manager.WaitForFlush(settings);
                         });
 }
 
 int zb_flush(void* handle, uint32_t instance) {
-    return WithInstance(handle, instance,
+    return WithInstance(__func__, handle, instance,
                         [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
                             return manager.Flush(settings);
                         });
 }
 
 int zb_register_notifier(void* handle, uint32_t instance, notifier callback) {
-    return WithInstance(
-        handle, instance, [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
-            std::shared_ptr<TesselFX::IHalNotifier> halNotifier;
-            if (callback != nullptr) {
-                halNotifier =
-                    std::make_shared<TesselFX::HalNotifier>(handle, TesselFX::NotifyTrampoline);
-            }
-            if (!manager.RegisterNotifier(settings, halNotifier)) {
-                return false;
-            }
-            // The manager call may have destroyed the handle through a callback.
-            auto found = Table().entries.find(TesselFX::HandleKey(handle));
-            if (found != Table().entries.end()) {
-                if (callback != nullptr) {
-                    found->second.notifiers[instance] = callback;
-                } else {
-                    found->second.notifiers.erase(instance);
-                }
-            }
-            return true;
-        });
+    return WithInstance(__func__, handle, instance,
+                        [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
+                            std::shared_ptr<TesselFX::IHalNotifier> halNotifier;
+                            if (callback != nullptr) {
+                                halNotifier = std::make_shared<TesselFX::HalNotifier>(
+                                    handle, TesselFX::NotifyTrampoline);
+                            }
+                            if (!manager.RegisterNotifier(settings, halNotifier)) {
+                                return false;
+                            }
+                            // The manager call may have destroyed the handle through a callback.
+                            auto found = Table().entries.find(TesselFX::HandleKey(handle));
+                            if (found != Table().entries.end()) {
+                                if (callback != nullptr) {
+                                    found->second.notifiers[instance] = callback;
+                                } else {
+                                    found->second.notifiers.erase(instance);
+                                }
+                            }
+                            return true;
+                        });
 }
 
 int zb_set_data(void* handle, uint32_t instance, int32_t id, void* data, uint32_t size) {
-    return WithInstance(handle, instance,
+    return WithInstance(__func__, handle, instance,
                         [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
                             return manager.SetData(settings, id, data, size);
                         });
@@ -369,7 +418,8 @@ int zb_set_data(void* handle, uint32_t instance, int32_t id, void* data, uint32_
 int zb_get_version(void* handle, uint32_t instance, const char* versionType, char* versionString,
                    uint32_t versionStringSize) {
     return WithInstance(
-        handle, instance, [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
+        __func__, handle, instance,
+        [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
             std::string version;
             if (!manager.GetVersion(settings, versionType == nullptr ? "" : versionType, version)) {
                 return false;
@@ -387,18 +437,20 @@ int zb_get_version(void* handle, uint32_t instance, const char* versionType, cha
 }
 
 int zb_on_dsp_wakeup(void* handle, uint32_t instance) {
-    return WithInstance(handle, instance,
+    return WithInstance(__func__, handle, instance,
                         [&](HalControlManager& manager, const zorbaudio_settings_t* settings) {
                             return manager.OnDspWakeUp(settings);
                         });
 }
 
 int zb_is_feature_supported(void* handle, const char* feature) {
-    std::lock_guard<std::recursive_mutex> lock(Table().mutex);
-    TesselFX::HandleEntry* entry = TesselFX::FindEntry(handle);
-    if (entry == nullptr) {
-        return 0;
-    }
-    std::shared_ptr<HalControlManager> manager = entry->manager;
-    return manager->IsFeatureSupported(feature) ? 1 : 0;
+    return AtBoundary(__func__, [&] {
+        std::lock_guard<std::recursive_mutex> lock(Table().mutex);
+        TesselFX::HandleEntry* entry = TesselFX::FindEntry(handle);
+        if (entry == nullptr) {
+            return 0;
+        }
+        std::shared_ptr<HalControlManager> manager = entry->manager;
+        return manager->IsFeatureSupported(feature) ? 1 : 0;
+    });
 }

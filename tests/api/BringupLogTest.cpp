@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
-#include <stdexcept>
-
 #include "LogCapture.h"
 #include "StaticControlObject.h"
 
@@ -32,37 +30,6 @@ TEST_F(BringupLogTest, EachFailureHasItsLine) {
     EXPECT_FALSE(Init(m_configPath, nullptr));
     EXPECT_EQ(capture.ErrorTexts(),
               std::vector<std::string>{"zorbaudio_initialize buffer_sender function is null."});
-
-    capture.Clear();
-    const std::string missing = m_dir.Path("missing.zps");
-    EXPECT_FALSE(
-        zorbaudio_initialize(m_manager.get(), missing.c_str(), "user.zps", "", RecordingSend));
-    EXPECT_TRUE(capture.Has(4, "load preset " + missing + " user.zps fail"));
-
-    capture.Clear();
-    EXPECT_FALSE(Init(m_dir.Path("missing.ini")));
-    EXPECT_EQ(capture.ErrorTexts(),
-              std::vector<std::string>{"load conf " + m_dir.Path("missing.ini") + " fail"});
-
-    capture.Clear();
-    EXPECT_FALSE(Init(m_dir.Write("none.ini", Config(""))));
-    EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>{"None controller is created"});
-
-    capture.Clear();
-    EXPECT_FALSE(Init(m_dir.Write("nolib.ini", Config(kSpeaker, "", m_dir.Path("none.so")))));
-    EXPECT_EQ(capture.ErrorTexts(),
-              (std::vector<std::string>{
-                  "Hifi3zHelper::BuildAndInitZorbEffect failed to initialize ZorbEffect",
-                  "Hifi3zHelper::MakeControlHandlers failed to initialize ZorbEffect",
-                  "None controller is created"}));
-
-    // A format the library refuses fails the same way.
-    capture.Clear();
-    EXPECT_FALSE(Init(m_dir.Write("mono0.ini", Config(kSpeaker,
-                                                      "[COEFS_CONVERTER_SETTING]\n"
-                                                      "AudioFormatChannels=0\n"))));
-    EXPECT_TRUE(
-        capture.Has(4, "Hifi3zHelper::MakeControlHandlers failed to initialize ZorbEffect"));
 
     // A converter that cannot size its work areas skips its control without a line of its own.
     {
@@ -140,12 +107,6 @@ TEST_F(BringupLogTest, FeaturesAreLoggedAndTheDumpFeatureTurnsOnTheBufferDump) {
         EXPECT_TRUE(capture.Has(2, "index:55, 0"));
         EXPECT_FALSE(capture.HasFragment("index:56,"));
     }
-}
-
-TEST_F(BringupLogTest, AConversionErrorOfTheConfigurationPassesOut) {
-    const std::string bad =
-        m_dir.Write("bad.ini", Config(kSpeaker, "[HAL_SUPPORTED_PRESETS]\nGame=OM:2,SM:1,XX:3\n"));
-    EXPECT_THROW(Init(bad), std::out_of_range);
 }
 
 TEST(ZorbAudioCreateTest, CreateAndDestroyTheControlObject) {

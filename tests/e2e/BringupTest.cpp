@@ -1,23 +1,66 @@
 // Bring-up and the road from an exported call to the frames at buffer_sender, through the real
 // shared library and the stand-in DSP library. The stand-in turns parameter p into a coefficient
 // block of id 4096 + p / 16 that carries sixteen floats, the inputs p / 16 * 16 to p / 16 * 16 +
-// 15; a block is u32 id, u32 16, then the floats.
+// 15; a block is u32 id, u32 16, then the floats. Also what no exported function lets through:
+// a configuration line that does not parse, an exception of the host's callbacks.
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <cstdarg>
+#include <cstdio>
 #include <cstring>
 #include <functional>
 #include <map>
+#include <mutex>
+#include <new>
+#include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "BringupFiles.h"
 #include "DspKitSim.h"
 #include "zbhalcontroller/zb_api.h"
 
+namespace {
+
+std::mutex g_logMutex;
+std::vector<std::string> g_errorTexts;
+
+}  // namespace
+
+// This binary stands in for liblog: it keeps the texts of the library's error lines, without
+// the source position line ("<file>:<line>, ") that goes before each. Visible, so that the
+// library's calls find it before liblog's.
+extern "C" __attribute__((visibility("default"))) int __android_log_print(int priority, const char*,
+                                                                          const char* format, ...) {
+    char text[1024];
+    va_list args;
+    va_start(args, format);
+    std::vsnprintf(text, sizeof(text), format, args);
+    va_end(args);
+    const std::string line = text;
+    const int kAndroidLogError = 6;
+    if (priority == kAndroidLogError && line.find(".cpp:") == std::string::npos) {
+        std::lock_guard<std::mutex> lock(g_logMutex);
+        g_errorTexts.push_back(line);
+    }
+    return 1;
+}
+
 namespace bringup_test {
 namespace {
+
+using Texts = std::vector<std::string>;
+
+/// The library's error lines since the last call.
+Texts TakeErrors() {
+    std::lock_guard<std::mutex> lock(g_logMutex);
+    Texts texts;
+    texts.swap(g_errorTexts);
+    return texts;
+}
 
 struct Sent {
     void* handle;
@@ -76,6 +119,8 @@ struct Host {
     /// Called once, with the handle, from inside the next set-coefficients send.
     std::function<void(void*)> reenter;
 };
+
+int ThrowingNotifier(void*, const void*, uint32_t, void*) { throw std::logic_error("tool gone"); }
 
 int RecordingSender(void* handle, uint32_t instance, const void* data, uint32_t size, void* reply,
                     uint32_t* replySize, void* context) {
@@ -402,27 +447,73 @@ TEST_F(BringupTest, ControlLineSettingsSelectTheHandlers) {
 }
 
 TEST_F(BringupTest, FailedInitialisationsLeaveNoHandlers) {
-    const std::string noControls = m_dir.Write("none.ini", Config(""));
-    const std::string noLibrary =
-        m_dir.Write("nolib.ini", Config(kSpeaker, m_dir.Path("libDspKit_missing.so")));
+    struct Row {
+        std::string presets;
+        std::string config;
+        Texts logged;
+    };
+    const std::string good = m_presetPath;
+    const std::string hal = m_configPath;
+    const std::string missing = m_dir.Path("missing.zps");
     const std::string badMagic = m_dir.Write("bad.zps", "BPBX\x08\x00\x00\x00");
     const std::string truncated = m_dir.Write("short.zps", SystemPresets().substr(0, 3));
-
-    const std::string good = m_presetPath;
-    for (const std::string& presets : {m_dir.Path("missing.zps"), badMagic, truncated}) {
-        m_presetPath = presets;
-        EXPECT_EQ(Init(), 0) << presets;
+    const std::string noIni = m_dir.Path("missing.ini");
+    int files = 0;
+    const auto ini = [&](const std::string& text) {
+        return m_dir.Write(std::to_string(++files) + ".ini", text);
+    };
+    const Texts noLibrary{"Hifi3zHelper::BuildAndInitZorbEffect failed to initialize ZorbEffect",
+                          "Hifi3zHelper::MakeControlHandlers failed to initialize ZorbEffect",
+                          "None controller is created"};
+    // A configuration line that does not parse: zb_initialize logs the line and why.
+    const auto typo = [&](const char* sections, const std::string& line) {
+        return Row{
+            good, ini(Config(kSpeaker) + sections), {"zb_initialize: configuration line " + line}};
+    };
+    const Row rows[] = {
+        {missing,
+         hal,
+         {"open file (" + missing + ") failed! 2, No such file or directory",
+          "load preset " + missing + "  fail"}},
+        {badMagic, hal, {"read bpbz tag 0x1480740930 fail", "load preset " + badMagic + "  fail"}},
+        {truncated, hal, {"read bpbz tag 0x0 fail", "load preset " + truncated + "  fail"}},
+        {good, noIni, {"load conf " + noIni + " fail"}},
+        {good, ini(Config("")), {"None controller is created"}},
+        {good, ini(Config(kSpeaker, m_dir.Path("libDspKit_missing.so"))), noLibrary},
+        {good, ini(Config(kSpeaker) + "[COEFS_CONVERTER_SETTING]\nAudioFormatChannels=0\n"),
+         noLibrary},
+        typo("[HAL_SUPPORTED_FEATURES]\nHeadTracking = yes\n",
+             "[HAL_SUPPORTED_FEATURES] HeadTracking=yes: std::invalid_argument: stoul"),
+        typo("[HAL_SUPPORTED_PRESETS]\nGame=OM:2,SM:two\n",
+             "[HAL_SUPPORTED_PRESETS] Game=OM:2,SM:two: std::invalid_argument: stoul"),
+        typo("[HAL_SUPPORTED_PRESETS]\nGame=OM:2,SM:1,XX:3\n",
+             "[HAL_SUPPORTED_PRESETS] Game=OM:2,SM:1,XX:3: std::out_of_range: map::at:  key not "
+             "found"),
+        typo("[HAL_VOLUME_PRIORITY]\nAUDIO_STREAM_MUSIK=VOLUME_PRIORITY_HIGH\n",
+             "[HAL_VOLUME_PRIORITY] AUDIO_STREAM_MUSIK=VOLUME_PRIORITY_HIGH: std::out_of_range: "
+             "map::at:  key not found"),
+        typo("[COEFS_CONVERTER_SETTING]\nAudioFormatChannels=two\n",
+             "[COEFS_CONVERTER_SETTING] AudioFormatChannels=two: std::invalid_argument: stoi"),
+        typo("[CUSTOM_ACTION_1]\nrule=PRIORITY:two,PRESET:Music\n",
+             "[CUSTOM_ACTION_1] rule=PRIORITY:two,PRESET:Music: std::invalid_argument: stoi"),
+        {good,
+         ini(Config(kSpeaker) + "[CUSTOM_ACTION_x]\nrule=PRIORITY:1,PRESET:Music\n"),
+         {"zb_initialize: configuration section [CUSTOM_ACTION_x]: std::invalid_argument: stoi"}},
+    };
+    for (const Row& row : rows) {
+        TakeErrors();
+        EXPECT_EQ(
+            zb_initialize(m_handle, row.presets.c_str(), "", row.config.c_str(), RecordingSender),
+            0);
+        EXPECT_EQ(TakeErrors(), row.logged) << row.presets << " " << row.config;
     }
-    m_presetPath = good;
-    EXPECT_EQ(zb_initialize(m_handle, m_presetPath.c_str(), m_dir.Path("missing.zps").c_str(),
-                            m_configPath.c_str(), RecordingSender),
+    EXPECT_EQ(zb_initialize(m_handle, good.c_str(), missing.c_str(), m_configPath.c_str(),
+                            RecordingSender),
               0);
-    EXPECT_EQ(Init(m_dir.Path("missing.ini")), 0);
-    EXPECT_EQ(Init(noControls), 0);
-    EXPECT_EQ(Init(noLibrary), 0);
     EXPECT_EQ(zb_initialize(m_handle, nullptr, nullptr, nullptr, RecordingSender), 0);
 
-    EXPECT_EQ(zb_set_enable(m_handle, 1, 0), 0);
+    // The table's lock was given back: another thread gets in (or this test hangs).
+    std::thread([this] { EXPECT_EQ(zb_set_enable(m_handle, 1, 0), 0); }).join();
     EXPECT_EQ(zb_set_active(m_handle, 1, 1, 2), 0);
     EXPECT_TRUE(Take().empty());
     char text[64] = {};
@@ -446,10 +537,13 @@ TEST_F(BringupTest, APairWithoutBasePresetOrWithAMultiBitMaskDoesNotThrow) {
     m_presetPath = m_dir.Write("broken.zps", PresetFile({Preset(1, 1, 0, 0, {{1, 0.0}}),
                                                          Preset(1, 2, 0x3D, 0, {{1054, 9.0}})}));
     ASSERT_EQ(Init(), 1);
-    EXPECT_NO_THROW(zb_set_active(m_handle, 1, 1, 2));
-    EXPECT_NO_THROW(zb_set_volume(m_handle, 1, 0.5));
-    EXPECT_NO_THROW(zb_on_dsp_wakeup(m_handle, 1));
+    TakeErrors();
+    EXPECT_EQ(zb_set_active(m_handle, 1, 1, 2), 1);
+    EXPECT_EQ(zb_set_volume(m_handle, 1, 0.5), 1);
+    EXPECT_EQ(zb_on_dsp_wakeup(m_handle, 1), 1);
     EXPECT_EQ(zb_set_active(m_handle, 1, 1, 1), 1);
+    // The missing base preset is logged; nothing reached the exported boundary.
+    EXPECT_EQ(TakeErrors(), Texts{"MergePresets om 1 sm 2 subTypeMask 0x0: no preset"});
 }
 
 TEST_F(BringupTest, ASecondInitialisationReplacesTheGraphAndAFailedOneKeepsIt) {
@@ -461,9 +555,49 @@ TEST_F(BringupTest, ASecondInitialisationReplacesTheGraphAndAFailedOneKeepsIt) {
     ASSERT_EQ(zb_set_active(m_handle, 5, 1, 2), 1);
     EXPECT_EQ(Take(5).size(), 1u);
 
-    EXPECT_EQ(Init(m_dir.Path("missing.ini")), 0);
+    EXPECT_EQ(Init(m_dir.Write("typo.ini", Config(kSpeaker) + "[CUSTOM_ACTION_x]\nr=PRIORITY:1\n")),
+              0);
     ASSERT_EQ(zb_set_enable(m_handle, 5, 0), 1);
     EXPECT_EQ(Take(5), Frames{Frame({Block(4096, {{1, 1.0f}})})});
+}
+
+// An exception of the host's own callbacks, out of memory included, ends at the boundary of the
+// exported call that made the callback.
+TEST_F(BringupTest, ExceptionsOfTheHostsCallbacksStopAtTheBoundary) {
+    ASSERT_EQ(Init(), 1);
+    void* const handle = m_handle;
+    struct Row {
+        std::function<void(void*)> fromSender;
+        std::function<int()> call;
+        const char* logged;
+    };
+    const Row rows[] = {
+        {[](void*) { throw std::runtime_error("DSP link down"); },
+         [=] { return zb_set_active(handle, 1, 1, 2); },
+         "zb_set_active: std::runtime_error: DSP link down"},
+        {[](void*) { throw std::bad_alloc(); },
+         [=] { return zb_set_parameter(handle, 1, 1054, 4.0); },
+         "zb_set_parameter: std::bad_alloc"},
+        {[](void*) { throw 42; }, [=] { return zb_set_enable(handle, 1, 0); },
+         "zb_set_enable: unknown exception"},
+        {nullptr,
+         [=] {
+             zb_register_notifier(handle, 1, ThrowingNotifier);
+             return zb_set_volume(handle, 1, 0.5);
+         },
+         "zb_set_volume: std::logic_error: tool gone"},
+    };
+    for (const Row& row : rows) {
+        TakeErrors();
+        m_host.reenter = row.fromSender;
+        EXPECT_EQ(row.call(), 0) << row.logged;
+        EXPECT_EQ(TakeErrors(), Texts{row.logged});
+        // The handle goes on working: a DSP wake-up sends the whole model.
+        zb_register_notifier(m_handle, 1, nullptr);
+        Take();
+        EXPECT_EQ(zb_on_dsp_wakeup(m_handle, 1), 1) << row.logged;
+        EXPECT_EQ(Take().size(), 1u) << row.logged;
+    }
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "control/HalControlManagerImpl.h"
 
+#include <cmath>
 #include <cstring>
 
 #include "log/TesselLog.h"
@@ -266,6 +267,12 @@ bool HalControlManagerImpl::SetVolume(const zorbaudio_settings_t* settings, doub
     Entering(
         "virtual bool TesselFX::HalControlManagerImpl::SetVolume(const zorbaudio_settings_t *, "
         "double)");
+    // A linear volume: a negative one has no dB value, and NaN or infinity none that a volume
+    // table or a link law can order.
+    if (!(std::isfinite(volume) && volume >= 0.0)) {
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "Invalid volume: %f", volume);
+        return false;
+    }
     return RouteAll(settings, [&](IControlHandler& handler) { return handler.SetVolume(volume); });
 }
 

@@ -41,6 +41,7 @@ class IHalControlManager {
                            unsigned int soundMode) = 0;
     virtual bool SetSoundMode(const zorbaudio_settings_t* settings, unsigned int soundMode) = 0;
     virtual bool SetOutputMode(const zorbaudio_settings_t* settings, unsigned int outputMode) = 0;
+    /// A linear volume; one that is negative, NaN or infinite is refused with a log line.
     virtual bool SetVolume(const zorbaudio_settings_t* settings, double volume) = 0;
     virtual bool SetVolumeTable(const zorbaudio_settings_t* settings, size_t count,
                                 const zorbaudio_stream_volume_t* volumes) = 0;

@@ -2,15 +2,18 @@
 // shared library and the stand-in DSP library. The stand-in turns parameter p into a coefficient
 // block of id 4096 + p / 16 that carries sixteen floats, the inputs p / 16 * 16 to p / 16 * 16 +
 // 15; a block is u32 id, u32 16, then the floats. Also what no exported function lets through:
-// a configuration line that does not parse, an exception of the host's callbacks.
+// a configuration line that does not parse, an exception of the host's callbacks, a volume that
+// is no volume.
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <functional>
+#include <limits>
 #include <map>
 #include <mutex>
 #include <new>
@@ -307,8 +310,26 @@ TEST_F(BringupTest, ACallFromTheSenderBetweenTwoFramesLeavesTheDspInStep) {
 
 TEST_F(BringupTest, VolumeAndOrientationSelectSubPresets) {
     ASSERT_EQ(Init(), 1);
-    // 0.05 is -26 dB: the -20 dB entry, subtype 1, which sets 1022 to 5.
-    ASSERT_EQ(zb_set_volume(m_handle, 1, 0.05), 1);
+    // A volume that is negative, NaN or infinite is refused, by data id 0 too, and reaches
+    // neither the DSP nor the tool (whose notifier would throw).
+    ASSERT_EQ(zb_register_notifier(m_handle, 1, ThrowingNotifier), 1);
+    TakeErrors();
+    struct Row {
+        double volume;
+        const char* logged;
+    };
+    for (const Row& row :
+         {Row{-1.0, "Invalid volume: -1.000000"}, Row{std::nan(""), "Invalid volume: nan"},
+          Row{std::numeric_limits<double>::infinity(), "Invalid volume: inf"}}) {
+        EXPECT_EQ(zb_set_volume(m_handle, 1, row.volume), 0) << row.logged;
+        EXPECT_EQ(zb_set_data(m_handle, 1, 0, const_cast<double*>(&row.volume), 8), 0);
+        EXPECT_EQ(TakeErrors(), (Texts{row.logged, row.logged}));
+    }
+    EXPECT_TRUE(Take().empty());
+    ASSERT_EQ(zb_register_notifier(m_handle, 1, nullptr), 1);
+
+    // 0 is minus infinity dB: the lowest entry, -20 dB, subtype 1, which sets 1022 to 5.
+    ASSERT_EQ(zb_set_volume(m_handle, 1, 0.0), 1);
     EXPECT_EQ(Take(), Frames{Frame({Block(4096, {{1, 0.0f}}), Block(4158, {{14, 1.0f}}),
                                     Block(4159, {{14, 5.0f}})})});
     // 90 degrees is subtype 2, which sets 1006 to 7.

@@ -62,9 +62,10 @@ TEST(ConfigChecker, BrokenCopyOfTheExampleIsRefusedLineByLine) {
     const std::string expected =
         at(volume) + "refused: [HAL_VOLUME_SUBTYPES] spkVol: Exception: stof\n" + at(volume) +
         "refused: [HAL_VOLUME_SUBTYPES] spkVol: Invalid string format: abc:2\n" + at(priority) +
-        "refused: [HAL_VOLUME_PRIORITY] AUDIO_STREAM_RINGER: throws std::out_of_range (map::at:  "
-        "key not "
-        "found): zb_initialize would throw and stop reading the configuration here\n" +
+        "refused: [HAL_VOLUME_PRIORITY] AUDIO_STREAM_RINGER: zb_initialize stops reading the "
+        "configuration here and fails with \"zb_initialize: configuration line "
+        "[HAL_VOLUME_PRIORITY] AUDIO_STREAM_RINGER=VOLUME_PRIORITY_MID: std::out_of_range: "
+        "map::at:  key not found\"\n" +
         at(movie) +
         "refused: [HAL_SUPPORTED_PRESETS] Movie: dropped without a log line: OM and SM are both "
         "required\n" +
@@ -78,9 +79,9 @@ TEST(ConfigChecker, BrokenCopyOfTheExampleIsRefusedLineByLine) {
         "PRIORITY:1,NUMBERS:1|2:7,PRESET:Movie "
         "audioDataPriority 1 audioDataOm -1 audioDataSm -1\n" +
         at(end - 2) +
-        "refused: [CUSTOM_ACTION_x]: section name: throws std::invalid_argument (stoi): "
-        "zb_initialize would "
-        "throw and stop reading the configuration here\n" +
+        "refused: [CUSTOM_ACTION_x]: zb_initialize stops reading the configuration here and "
+        "fails with \"zb_initialize: configuration section [CUSTOM_ACTION_x]: "
+        "std::invalid_argument: stoi\"\n" +
         at(end) + "warning: \"not a line\": neither a section, a key nor a comment: ignored\n" +
         "8 refused, 1 warnings\n";
     const size_t findings = result.out.find(at(volume));

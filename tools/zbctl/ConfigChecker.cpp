@@ -9,6 +9,7 @@
 #include "LogRecorder.h"
 #include "ZbctlError.h"
 #include "config/CIniFile.h"
+#include "config/ConfigLineError.h"
 #include "config/Hifi3zHalControlConfig.h"
 #include "config/StringUtils.h"
 
@@ -47,12 +48,10 @@ std::string Number(double value) {
     return text.str();
 }
 
+// What the library does with an exception of a configuration line, with its log line.
 std::string ExceptionText(const std::exception& e) {
-    std::string kind = "std::exception";
-    if (dynamic_cast<const std::invalid_argument*>(&e) != nullptr) kind = "std::invalid_argument";
-    if (dynamic_cast<const std::out_of_range*>(&e) != nullptr) kind = "std::out_of_range";
-    return "throws " + kind + " (" + e.what() +
-           "): zb_initialize would throw and stop reading the configuration here";
+    return "zb_initialize stops reading the configuration here and fails with \"zb_initialize: " +
+           ConfigLineError::Describe(e) + "\"";
 }
 
 }  // namespace
@@ -130,9 +129,9 @@ void ConfigChecker::Check() {
         const std::string& name = section.second->GetName();
         if (name.compare(0, prefix.size(), prefix) != 0) continue;
         try {
-            (void)std::stoi(name.substr(prefix.size()));
+            (void)HalControlConfig::CustomActionId(name);
         } catch (const std::exception& e) {
-            Add(LineOfSection(name), "[" + name + "]", "section name: " + ExceptionText(e), true);
+            Add(LineOfSection(name), "[" + name + "]", ExceptionText(e), true);
             actionSections->RemoveSection(name);
         }
     }
@@ -149,7 +148,8 @@ void ConfigChecker::Check() {
             const std::string where = "[" + section->GetName() + "] " + name;
             recorder.Take();
             try {
-                sectionAndParser.second->Parse(name, value);
+                HalControlConfig::ParseLine(*sectionAndParser.second, section->GetName(), name,
+                                            value);
             } catch (const std::exception& e) {
                 Add(line, where, ExceptionText(e), true);
             }

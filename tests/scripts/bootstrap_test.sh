@@ -3,6 +3,8 @@
 # id on PATH. The stand-ins answer as Debian's do, record their calls, and keep their state in
 # files of a scratch folder:
 #   missing  packages dpkg-query does not know (all others are installed)
+#   both     packages installed for amd64 and arm64, which dpkg-query lists once for each
+#   foreign  packages installed for arm64 only
 #   offered  packages the apt sources have a candidate for
 #   arches   the foreign dpkg architectures
 #   update-fails  present: apt-get update fails
@@ -26,7 +28,17 @@ if grep -qxF -- "$p" "$STATE/missing"; then
   echo "dpkg-query: no packages found matching $p" >&2
   exit 1
 fi
-printf 'install ok installed'
+format='${Status}'
+for a; do
+  case "$a" in -f=* | --showformat=*) format=${a#*=} ;; esac
+done
+names=$p
+grep -qxF -- "$p" "$STATE/both" && names="$p:amd64 $p:arm64"
+grep -qxF -- "$p" "$STATE/foreign" && names="$p:arm64"
+for n in $names; do
+  line=${format//'${binary:Package}'/$n}
+  printf "${line//'${Status}'/install ok installed}"
+done
 SH
   cat >"$bin/apt-cache" <<'SH'
 #!/usr/bin/env bash
@@ -56,6 +68,7 @@ SH
   cat >"$bin/dpkg" <<'SH'
 #!/usr/bin/env bash
 case "$1" in
+  --print-architecture) echo amd64 ;;
   --print-foreign-architectures) cat "$STATE/arches" ;;
   --add-architecture) echo "dpkg $*" >>"$STATE/calls"; echo "$2" >>"$STATE/arches" ;;
   --remove-architecture) echo "dpkg $*" >>"$STATE/calls"; : >"$STATE/arches" ;;
@@ -93,13 +106,15 @@ check() {
   fi
 }
 
-# fresh MISSING OFFERED [ARCHES]: a new state folder.
+# fresh MISSING OFFERED [ARCHES [BOTH [FOREIGN]]]: a new state folder.
 fresh() {
   state=$(mktemp -d -p "$scratch")
   stand_ins "$state"
   printf '%s\n' $1 >"$state/missing"
   printf '%s\n' $2 >"$state/offered"
   printf '%s' "${3:-}" >"$state/arches"
+  printf '%s\n' ${4:-} >"$state/both"
+  printf '%s\n' ${5:-} >"$state/foreign"
 }
 
 apt='apt-get -o DPkg::Lock::Timeout=600'
@@ -107,6 +122,13 @@ arm64='libc6:arm64 libstdc++6:arm64 android-liblog-dev:arm64 libgtest-dev:arm64 
 
 fresh "" ""
 check "nothing missing" 0 "" "" --
+
+fresh "" "" "arm64" "libgtest-dev libc6"
+check "installed for two architectures" 0 "" "" -- aarch64
+
+fresh "" "libsndfile1-dev" "arm64" "" "libsndfile1-dev"
+check "installed for arm64 only" 0 "" "$apt update -qq
+$apt install -y -qq --no-install-recommends libsndfile1-dev" --
 
 fresh "libcli11-dev mini-soong" "libcli11-dev mini-soong"
 check "missing and available" 0 "" "$apt update -qq

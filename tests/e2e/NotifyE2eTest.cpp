@@ -139,5 +139,85 @@ TEST_F(NotifyE2eTest, ANotifierMayCallBackIntoTheLibrary) {
     EXPECT_EQ(reply, Msg(40, U32(1)));
 }
 
+/// A preset whose notifications come in several pieces: 1,001 parameters (more than the 997
+/// of one message) and a link-law chunk of 14,500 bytes (more than the 11,973 of one
+/// notification). Link laws are off, so the laws change no value.
+class NotifyPiecesE2eTest : public ToolSessionTest {
+  protected:
+    static std::map<unsigned, double> BigParameters() {
+        std::map<unsigned, double> parameters{{1, 0.0}};
+        for (unsigned i = 0; i < 1000; ++i) parameters[3000 + i] = i + 0.25;
+        return parameters;
+    }
+    static std::string BigLinkLaws() {
+        std::string laws;
+        for (unsigned i = 0; i < 250; ++i) laws += LinkLaw(0, 3000 + i, {{0, 0}, {1000, 1000}});
+        return laws;
+    }
+    /// The control object again, with Big (3,1) beside Music (1,1).
+    void SetUp() override {
+        ToolSessionTest::SetUp();
+        PresetRecord big = Preset(3, 1, 0, 0, BigParameters());
+        big.chunks[1] = BigLinkLaws();
+        const std::string presets =
+            m_dir.Write("big.zps", PresetFile({Preset(1, 1, 0, 0, {{1, 0.0}}), big}));
+        const std::string config = m_dir.Write(
+            "big.ini",
+            "[HAL_SUPPORTED_SAMPLE_RATES]\nrates=48000\n"
+            "[HAL_SUPPORTED_PRESETS]\nMusic=OM:1,SM:1\nBig=OM:3,SM:1\n"
+            "[HAL_SUPPORTED_CONTROLS]\nSpeaker=DEV:2,SR:rates,PRESET:Music|Big,INSTANCE:1\n"
+            "[COEFS_CONVERTER_SETTING]\nDspKitPath64=" DSPKIT_SIM_PATH "\n");
+        ASSERT_EQ(zb_initialize(m_handle, presets.c_str(), "", config.c_str(), IgnoringSender), 1);
+    }
+    /// The parameter messages of a map: 997 entries each, in id order.
+    static Frames ParameterFrames(const std::map<unsigned, double>& parameters) {
+        Frames frames;
+        std::map<unsigned, double> part;
+        for (const auto& parameter : parameters) {
+            part.insert(parameter);
+            if (part.size() == 997) {
+                frames.push_back(Msg(4, Pairs(part)));
+                part.clear();
+            }
+        }
+        if (!part.empty()) frames.push_back(Msg(4, Pairs(part)));
+        return frames;
+    }
+};
+
+TEST_F(NotifyPiecesE2eTest, LongChangesAreCutIntoMessagesAndPieces) {
+    ASSERT_EQ(zb_register_notifier(m_handle, 1, RecordingNotifier), 1);
+    ASSERT_EQ(zb_set_active(m_handle, 1, 3, 1), 1);
+    Frames frames = m_tool.TakeFrames();
+    ASSERT_EQ(frames.size(), 4u);
+    std::map<unsigned, double> parameters = BigParameters();
+    const Frames parameterFrames = ParameterFrames(parameters);
+    ASSERT_EQ(parameterFrames.size(), 2u);
+    EXPECT_EQ(frames[0], parameterFrames[0]);
+    EXPECT_EQ(frames[1], parameterFrames[1]);
+    // The chunk message, 14,512 bytes, goes in two pieces of one session: 11,953 data bytes
+    // fill the first to 11,973.
+    const std::string chunk = Msg(6, U32(1) + U32(14500) + BigLinkLaws());
+    ASSERT_EQ(frames[2].size(), 11973u);
+    const uint32_t session = static_cast<uint8_t>(frames[2][12]) |
+                             static_cast<uint8_t>(frames[2][13]) << 8 |
+                             static_cast<uint8_t>(frames[2][14]) << 16 |
+                             static_cast<uint32_t>(static_cast<uint8_t>(frames[2][15])) << 24;
+    EXPECT_EQ(frames[2], Piece(0, 2, session, chunk.substr(0, 11953)));
+    EXPECT_EQ(frames[3], Piece(1, 2, session, chunk.substr(11953)));
+
+    // One changed value notifies every parameter again, and the unchanged chunk not.
+    ASSERT_EQ(zb_set_parameter(m_handle, 1, 3998, -1.5), 1);
+    parameters[3998] = -1.5;
+    EXPECT_EQ(m_tool.TakeFrames(), ParameterFrames(parameters));
+    // The exact text of the shorter message.
+    ASSERT_EQ(zb_set_parameter(m_handle, 1, 3998, 7.0), 1);
+    parameters[3998] = 7.0;
+    ASSERT_EQ(m_tool.texts.size(), 2u);
+    EXPECT_EQ(m_tool.texts[1],
+              "dsp_instance=1;tessel_data=" + ToText(ParameterFrames(parameters)[1]));
+    EXPECT_EQ(m_tool.texts[1].size(), 27u + 76u);
+}
+
 }  // namespace
 }  // namespace bringup_test

@@ -18,6 +18,8 @@ struct SendCounts {
     uint64_t bytes = 0;
     uint64_t notifications = 0;
     uint64_t notifiedBytes = 0;
+    /// The characters of the command texts given to zb_set_command and zb_get_command.
+    uint64_t commandChars = 0;
 };
 
 /// The counting buffer_sender; context is a SendCounts.
@@ -42,17 +44,31 @@ class BenchDir {
     std::vector<std::string> m_files;
 };
 
-/// Preset file of the benchmarks, for parameterCount parameters per base preset:
-/// Music (1,1) with parameter 1, the link-law switch 2821 and a link-law chunk in which source
-/// 0 drives kLinkLawTargets of its parameters; its sub preset of subtype 1 (mask 2) that
-/// overrides a tenth of them; Movie (1,2) with the same ids at other values. fillerBytes adds
-/// presets of other modes, which no control uses, until the file has at least that size. itemCount,
-/// when given, gets the number of items (parameters and chunks) in the file.
-std::string BenchPresetFile(unsigned parameterCount, size_t fillerBytes = 0,
-                            uint64_t* itemCount = nullptr);
+/// The presets that a benchmark runs on.
+enum class Shape {
+    /// Music (1,1) with parameter 1, the link-law switch 2821 and a link-law chunk in which
+    /// source 0 drives 16 of its parameters; its sub preset of subtype 1 (mask 2) that
+    /// overrides a tenth of them; Movie (1,2) with the same ids, every value another.
+    kClassic,
+    /// A tuning tool's session: Music (1,1) and Movie (1,2) of the same ids, a quarter of the
+    /// values differing, each with the switch 2821, four link laws from source 0 and a sub
+    /// preset of subtype 1 (mask 2) with a twentieth of the ids.
+    kTool,
+};
+
+/// The name of a shape in benchmark names and on the command line: "classic", "tool".
+const char* ShapeName(Shape shape);
+/// The shape of that name; false when there is none.
+bool FindShape(const std::string& name, Shape& shape);
+
+/// Preset file of the benchmarks, for parameterCount parameters per base preset. fillerBytes
+/// adds presets of other modes, which no control uses, until the file has at least that size.
+/// itemCount, when given, gets the number of items (parameters and chunks) in the file.
+std::string BenchPresetFile(unsigned parameterCount, Shape shape = Shape::kClassic,
+                            size_t fillerBytes = 0, uint64_t* itemCount = nullptr);
 /// Configuration: one control of instance kInstance with Music and Movie; a volume of -20 dB
-/// or less selects subtype 1 of Music.
-std::string BenchConfig();
+/// or less selects subtype 1 of Music (and of Movie in the tool shape).
+std::string BenchConfig(Shape shape = Shape::kClassic);
 
 constexpr uint32_t kInstance = 1;
 constexpr unsigned kLinkLawTargets = 16;
@@ -65,7 +81,7 @@ constexpr unsigned kNotifiedParameters = 1000;
 /// One control object, initialised on the generated files.
 class BenchController {
   public:
-    explicit BenchController(unsigned parameterCount);
+    explicit BenchController(unsigned parameterCount, Shape shape = Shape::kClassic);
     ~BenchController();
     BenchController(const BenchController&) = delete;
     BenchController& operator=(const BenchController&) = delete;
@@ -92,14 +108,34 @@ struct BenchOperation {
 
 /// The per-call operations: set_parameter_change, set_parameter_unchanged,
 /// volume_linklaw_step, volume_subtype_switch, mode_change, dsp_wakeup, tuning_get_parameter,
-/// tuning_set_parameter, notify_1000_parameters, set_parameter_change_notified.
+/// tuning_set_parameter, notify_1000_parameters, set_parameter_change_notified, and with a
+/// notifier registered set_parameter_unchanged_notified, volume_subtype_switch_notified,
+/// mode_change_notified, tuning_set_parameter_notified, tuning_set_1000_parameters_notified.
 const std::vector<BenchOperation>& BenchOperations();
 /// The operation of that name, or null.
 const BenchOperation* FindBenchOperation(const std::string& name);
 
-/// The preset file of the initialisation cases: 2,000 parameters for the control, filled up
-/// to 10 MB; itemCount gets the number of parameter items in it.
-std::string InitPresetFile(uint64_t& itemCount);
+/// The preset files of the initialisation cases.
+enum class InitFile {
+    /// 2,000 parameters for the control in the classic shape, filled up to 10 MB with presets
+    /// that no control uses.
+    kFilled,
+    /// 16 mode pairs, each a base preset of 40,064 parameters with the tool shape's link laws
+    /// and two volume sub presets of a twentieth of them; the control has them all.
+    kSixteenPairs,
+};
+/// "filled", "16_pairs".
+const char* InitFileName(InitFile file);
+/// The file's bytes; itemCount gets the number of items (parameters and chunks) in it.
+std::string InitPresetFile(InitFile file, uint64_t& itemCount);
+/// The configuration that goes with the file.
+std::string InitConfig(InitFile file);
+/// Resident memory of the process in bytes: now, and at its peak since the last
+/// ResetPeakResidentMemory, which first gives free heap memory back to the system (Linux /proc
+/// and glibc; 0 where it cannot be read). Call ResetPeakResidentMemory before ResidentMemory.
+uint64_t ResidentMemory();
+uint64_t PeakResidentMemory();
+void ResetPeakResidentMemory();
 /// Reads a whole file into a vector; the plain read that initialisation is compared with.
 std::vector<char> ReadWholeFile(const std::string& path);
 

@@ -1,7 +1,8 @@
 // Google Benchmark cases through the exported functions: per-call operations on generated
-// presets of 200, 2,000 and 20,000 parameters, and zb_initialize on a 10 MB preset file beside a
-// plain read of that file. Counters per call: frames and bytes that reached buffer_sender,
-// notifications and their bytes that reached the notifier.
+// presets of 200, 2,000 and 20,000 parameters in two shapes ("classic/..." and "tool/..."), and
+// zb_initialize on two 10 MB preset files beside a plain read of each. Counters per call:
+// frames and bytes that reached buffer_sender, notifications and their bytes that reached the
+// notifier; for zb_initialize the resident memory it adds at its peak.
 
 #include <benchmark/benchmark.h>
 
@@ -13,8 +14,8 @@
 namespace zb_bench {
 namespace {
 
-void RunOperation(benchmark::State& state, const BenchOperation* operation) {
-    BenchController controller(static_cast<unsigned>(state.range(0)));
+void RunOperation(benchmark::State& state, const BenchOperation* operation, Shape shape) {
+    BenchController controller(static_cast<unsigned>(state.range(0)), shape);
     operation->prepare(controller);
     operation->run(controller, 0);
     operation->run(controller, 1);
@@ -31,11 +32,11 @@ void RunOperation(benchmark::State& state, const BenchOperation* operation) {
     state.counters["notified_bytes"] = perCall(counts.notifiedBytes);
 }
 
-/// The 10 MB file of the initialisation cases, written once.
+/// A 10 MB file of the initialisation cases, written once.
 struct InitFiles {
-    InitFiles() {
-        presets = dir.Write("system.zps", InitPresetFile(items));
-        config = dir.Write("hal.ini", BenchConfig());
+    explicit InitFiles(InitFile file) {
+        presets = dir.Write("system.zps", InitPresetFile(file, items));
+        config = dir.Write("hal.ini", InitConfig(file));
     }
     BenchDir dir;
     uint64_t items = 0;
@@ -43,48 +44,63 @@ struct InitFiles {
     std::string config;
 };
 
-InitFiles& TheInitFiles() {
-    static InitFiles files;
-    return files;
+InitFiles& TheInitFiles(InitFile file) {
+    static InitFiles filled(InitFile::kFilled);
+    static InitFiles pairs(InitFile::kSixteenPairs);
+    return file == InitFile::kFilled ? filled : pairs;
 }
 
-void BM_ReadPresetFile(benchmark::State& state) {
-    const InitFiles& files = TheInitFiles();
+void BM_ReadPresetFile(benchmark::State& state, InitFile file) {
+    const InitFiles& files = TheInitFiles(file);
     for (auto _ : state) benchmark::DoNotOptimize(ReadWholeFile(files.presets));
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) *
                             static_cast<int64_t>(ReadWholeFile(files.presets).size()));
 }
 
-void BM_Initialize(benchmark::State& state) {
-    const InitFiles& files = TheInitFiles();
+void BM_Initialize(benchmark::State& state, InitFile file) {
+    const InitFiles& files = TheInitFiles(file);
     SendCounts counts;
+    uint64_t peakAdded = 0;
     for (auto _ : state) {
         state.PauseTiming();
         void* handle = nullptr;
         zb_create(&handle, &counts);
+        ResetPeakResidentMemory();
+        const uint64_t before = ResidentMemory();
         state.ResumeTiming();
         if (zb_initialize(handle, files.presets.c_str(), "", files.config.c_str(), BenchSender) !=
             1) {
             state.SkipWithError("zb_initialize failed");
         }
         state.PauseTiming();
+        const uint64_t peak = PeakResidentMemory();
+        if (peak > before && peak - before > peakAdded) peakAdded = peak - before;
         zb_destroy(&handle);
         state.ResumeTiming();
     }
     state.counters["items"] = static_cast<double>(files.items);
+    state.counters["file_bytes"] = static_cast<double>(ReadWholeFile(files.presets).size());
+    state.counters["peak_added_bytes"] = static_cast<double>(peakAdded);
 }
 
 void RegisterAll() {
-    for (const BenchOperation& operation : BenchOperations()) {
-        benchmark::RegisterBenchmark(operation.name, RunOperation, &operation)
-            ->Arg(200)
-            ->Arg(2000)
-            ->Arg(20000)
-            ->Unit(benchmark::kMicrosecond);
+    for (Shape shape : {Shape::kClassic, Shape::kTool}) {
+        for (const BenchOperation& operation : BenchOperations()) {
+            const std::string name = std::string(ShapeName(shape)) + "/" + operation.name;
+            benchmark::RegisterBenchmark(name.c_str(), RunOperation, &operation, shape)
+                ->Arg(200)
+                ->Arg(2000)
+                ->Arg(20000)
+                ->Unit(benchmark::kMicrosecond);
+        }
     }
-    benchmark::RegisterBenchmark("read_preset_file_10MB", BM_ReadPresetFile)
-        ->Unit(benchmark::kMillisecond);
-    benchmark::RegisterBenchmark("initialize_10MB", BM_Initialize)->Unit(benchmark::kMillisecond);
+    for (InitFile file : {InitFile::kFilled, InitFile::kSixteenPairs}) {
+        const std::string suffix = std::string("_10MB/") + InitFileName(file);
+        benchmark::RegisterBenchmark(("read_preset_file" + suffix).c_str(), BM_ReadPresetFile, file)
+            ->Unit(benchmark::kMillisecond);
+        benchmark::RegisterBenchmark(("initialize" + suffix).c_str(), BM_Initialize, file)
+            ->Unit(benchmark::kMillisecond);
+    }
 }
 
 }  // namespace

@@ -14,10 +14,26 @@ std::vector<char> Bytes(const std::string& text) { return {text.begin(), text.en
 TEST(Base64Test, TheRfcVectorsAndEveryBitPatternBothWays) {
     // Bytes, then their text; the last two hold the two characters past the letters and
     // digits, and bytes above 0x7F.
-    const std::string vectors[] = {
-        "",         "",         "f",     "Zg==",     "fo",     "Zm8=",     "foo",          "Zm9v",
-        "foob",     "Zm9vYg==", "fooba", "Zm9vYmE=", "foobar", "Zm9vYmFy", "\xFF\xFE\xFD", "//79",
-        "\xFB\xFF", "+/8="};
+    const std::string vectors[] = {"",
+                                   "",
+                                   "f",
+                                   "Zg==",
+                                   "fo",
+                                   "Zm8=",
+                                   "foo",
+                                   "Zm9v",
+                                   "foob",
+                                   "Zm9vYg==",
+                                   "fooba",
+                                   "Zm9vYmE=",
+                                   "foobar",
+                                   "Zm9vYmFy",
+                                   "\xFF\xFE\xFD",
+                                   "//79",
+                                   "\xFB\xFF",
+                                   "+/8=",
+                                   "The quick brown fox jumps over the lazy dog",
+                                   "VGhlIHF1aWNrIGJyb3duIGZveCBqdW1wcyBvdmVyIHRoZSBsYXp5IGRvZw=="};
     for (size_t i = 0; i < std::size(vectors); i += 2) {
         SCOPED_TRACE(vectors[i + 1]);
         EXPECT_EQ(Base64::Encode(Bytes(vectors[i])), vectors[i + 1]);
@@ -51,6 +67,16 @@ TEST(Base64Test, DecodingStopsAtTheFirstFillOrForeignCharacter) {
     // Only the given length is read.
     EXPECT_EQ(Base64::Decode("Zm9vYmFy", 4), Bytes("foo"));
     EXPECT_EQ(Base64::Decode("Zm9vYmFy", 6), Bytes("foob"));
+    // A foreign character after any number of characters of a long text: k characters give
+    // the bytes that they determine fully.
+    const std::string sentence = "The quick brown fox jumps over the lazy dog";
+    const std::string text = "VGhlIHF1aWNrIGJyb3duIGZveCBqdW1wcyBvdmVyIHRoZSBsYXp5IGRvZw";
+    for (size_t k = 0; k <= text.size(); ++k) {
+        SCOPED_TRACE(k);
+        const size_t determined = k / 4 * 3 + (k % 4 == 0 ? 0 : k % 4 - 1);
+        EXPECT_EQ(Base64::Decode(text.substr(0, k) + "!" + text.substr(k)),
+                  Bytes(sentence.substr(0, determined)));
+    }
 }
 
 }  // namespace

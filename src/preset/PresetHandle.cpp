@@ -350,11 +350,17 @@ bool PresetHandle::GetChunk(int index, std::vector<char>& data) {
         data.clear();
         return true;
     }
-    if (!m_serializer->Serialize(m_presetLinkLawEntries)) {
-        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "serialize LinkLaws fail");
-        return false;
+    // The serializer runs, and logs, only when the entries differ from those it last wrote.
+    if (m_serializedLinkLawEntries != m_presetLinkLawEntries) {
+        if (!m_serializer->Serialize(m_presetLinkLawEntries)) {
+            TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "serialize LinkLaws fail");
+            return false;
+        }
+        m_linkLawChunk.assign(m_serializer->GetBuffer(),
+                              m_serializer->GetBuffer() + m_serializer->GetSize());
+        m_serializedLinkLawEntries = m_presetLinkLawEntries;
     }
-    data.assign(m_serializer->GetBuffer(), m_serializer->GetBuffer() + m_serializer->GetSize());
+    data = m_linkLawChunk;
     return true;
 }
 

@@ -125,6 +125,9 @@ class PresetHandle : public IPresetHandle {
     /// Evaluating the entries logs (an unknown method or a source without a value), so they
     /// are evaluated on every refresh, as a full recomputation would.
     bool m_linkLawEvaluationLogs = false;
+    /// The entries as last serialized, and their bytes: chunk 1 while the entries stay so.
+    std::vector<LinkLawEntry> m_serializedLinkLawEntries;
+    std::vector<char> m_linkLawChunk;
     /// Changes of the final parameters since the last TakeParameterChanges.
     bool m_allParametersChanged = true;
     std::vector<unsigned int> m_changedParameters;

@@ -143,14 +143,24 @@ TEST(PresetHandle, UserLawsReplaceSystemLawsAndServeChunkOne) {
     EXPECT_EQ(chunk, test::LawOnTarget100());
     EXPECT_FALSE(handle->GetChunk(2, chunk));
     EXPECT_TRUE(capture.Has(4, "support index as ZBAC_LINKLAWS only"));
+    // The laws are serialized, with the serializer's lines, only when they changed: a merge
+    // that gives the same laws reads the bytes kept.
+    ASSERT_TRUE(handle->SetSubtypeMasks(1));
+    capture.Clear();
+    EXPECT_TRUE(handle->GetChunk(1, chunk));
+    EXPECT_EQ(chunk, test::LawOnTarget100());
+    EXPECT_FALSE(capture.HasFragment("CLinkLawEntrySerializer"));
 
     // The user twin's marker wipes the system law of the base.
     ASSERT_TRUE(f.set->SetChunk(1, test::LawOnTarget200(), 1, 1, 0));
     const std::vector<LinkLawEntry> entries = handle->GetLinkLawEntries();
     ASSERT_EQ(entries.size(), 1u);
     EXPECT_EQ(entries[0].TargetParamId, 200u);
+    capture.Clear();
     EXPECT_TRUE(handle->GetChunk(1, chunk));
     EXPECT_EQ(chunk, test::LawOnTarget200());
+    EXPECT_EQ(capture.Texts(3), (std::vector<std::string>{"CLinkLawEntrySerializer::Serialize.",
+                                                          "CLinkLawEntrySerializer::Clear."}));
     handle->SetLinkLawValue(1, 1.0);
     EXPECT_EQ(Value(handle, 200), 7.0);
     EXPECT_EQ(Value(handle, 100), -1.0);

@@ -33,6 +33,19 @@ class ITuningPreset {
     virtual std::vector<LinkLawEntry> GetLinkLawEntries() = 0;
     virtual bool SetLinkLawValue(unsigned int sourceId, double value) = 0;
     virtual bool ClearLinkLawSource(unsigned int sourceId) = 0;
+
+    /// The parameters in force in ascending id, refreshed first; the same read as the map form
+    /// of GetAllParameters without its copy. The list belongs to the tuning preset and stays
+    /// valid until the next call on it. Null from one that keeps no such list.
+    virtual const ParameterList* GetFinalParameterList() { return nullptr; }
+    /// Refreshes, then moves into ids every parameter whose value in force or presence may have
+    /// changed since the previous call (in no order, possibly repeated). False when any may
+    /// have changed: at the first call, or from a tuning preset that does not track changes;
+    /// ids is then empty.
+    virtual bool TakeParameterChanges(std::vector<unsigned int>& ids) {
+        ids.clear();
+        return false;
+    }
 };
 
 }  // namespace TesselFX

@@ -5,11 +5,30 @@
 
 namespace TesselFX {
 
+namespace {
+
+/// Whether count entries are better laid over size ones in one walk than one by one.
+bool Many(size_t count, size_t size) { return count > 64 && count * 16 >= size; }
+
+/// Overlays the entries of a map on a list: a few entries each in place, many in one merge.
+void OverlayMap(ParameterList& target, const std::map<unsigned int, double>& source) {
+    if (!Many(source.size(), target.size())) {
+        for (const auto& parameter : source) {
+            SetParameterInList(target, parameter.first, parameter.second);
+        }
+        return;
+    }
+    OverlayParameterList(target, source);
+}
+
+}  // namespace
+
 TuningPreset::TuningPreset(const std::shared_ptr<CLinkLawEntrySerializer>& serializer,
                            const std::shared_ptr<LinkLaws>& linkLaws)
     : m_serializer(serializer), m_linkLaws(linkLaws) {
-    m_linkLawsActive = m_linkLaws->IsActiveByDefault(m_baseParameters);
-    m_linkLawsSimulation = m_linkLaws->IsSimulationByDefault(m_baseParameters);
+    // The defaults look at no parameter; there are none yet.
+    m_linkLawsActive = m_linkLaws->IsActiveByDefault({});
+    m_linkLawsSimulation = m_linkLaws->IsSimulationByDefault({});
     UpdateLinkLawsState();
 }
 
@@ -44,7 +63,21 @@ void TuningPreset::SetParameterArray(const std::vector<unsigned int>& ids,
 
 void TuningPreset::SetParameterArray(const std::map<unsigned int, double>& parameters) {
     UpdateLinkLawsFromParameters(parameters);
-    MergeParameterMap(m_baseParameters, parameters);
+    OverlayMap(m_baseParameters, parameters);
+    if (!Many(parameters.size(), m_baseParameters.size())) {
+        for (const auto& parameter : parameters) RecordChanged(parameter.first);
+        if (!m_mergeAll) {
+            for (const auto& parameter : parameters) m_writtenIds.push_back(parameter.first);
+        }
+    } else {
+        RecordAllChanged();
+        m_mergeAll = true;
+    }
+    // Many written values are laid over the base anew rather than one by one.
+    if (Many(m_writtenIds.size(), m_baseParameters.size())) {
+        m_mergeAll = true;
+        m_writtenIds.clear();
+    }
     m_parametersChanged = true;
 }
 
@@ -65,17 +98,17 @@ void TuningPreset::UpdateLinkLawsState() {
         TESSEL_LOG(1, TESSEL_LOG_FXModule, "TuningPreset::UpdateLinkLawsState DISABLED");
         if (m_linkLawsState != DISABLED) {
             DeactivateLinkLaws();
-            m_linkLawsState = DISABLED;
+            StoreLinkLawsState(DISABLED);
         }
     } else if (!m_linkLawsSimulation) {
         TESSEL_LOG(1, TESSEL_LOG_FXModule, "TuningPreset::UpdateLinkLawsState ACTIVE");
-        // Nothing is folded on the way in: the merged map lies over the base.
-        m_linkLawsState = ACTIVE;
+        // Nothing is folded on the way in: the merged parameters lie over the base.
+        StoreLinkLawsState(ACTIVE);
     } else {
         TESSEL_LOG(1, TESSEL_LOG_FXModule, "TuningPreset::UpdateLinkLawsState SIMULATION");
         if (m_linkLawsState != SIMULATION) {
             DeactivateLinkLaws();
-            m_linkLawsState = SIMULATION;
+            StoreLinkLawsState(SIMULATION);
         }
     }
 }
@@ -83,6 +116,16 @@ void TuningPreset::UpdateLinkLawsState() {
 void TuningPreset::SetLinkLawsState(LinkLawsState state) {
     if (state != ACTIVE) {
         DeactivateLinkLaws();
+    }
+    StoreLinkLawsState(state);
+}
+
+void TuningPreset::StoreLinkLawsState(LinkLawsState state) {
+    if ((state == ACTIVE) != (m_linkLawsState == ACTIVE)) {
+        // Reads move between the base and the merged parameters, which are not kept outside
+        // ACTIVE.
+        m_mergeAll = true;
+        RecordAllChanged();
     }
     m_linkLawsState = state;
 }
@@ -97,35 +140,88 @@ void TuningPreset::DeactivateLinkLaws() {
 void TuningPreset::MergeLinkLawsParamsToBase() {
     TESSEL_LOG(1, TESSEL_LOG_FXModule, "TuningPreset::MergeLinkLawsParamsToBase");
     // Also runs between DISABLED and SIMULATION, and then folds whatever the laws compute.
-    MergeParameterMap(m_baseParameters, m_linkLaws->GetMasterValues());
-    MergeParameterMap(m_baseParameters, m_linkLaws->GetTargetValues());
+    OverlayMap(m_baseParameters, m_linkLaws->GetMasterValues());
+    OverlayMap(m_baseParameters, m_linkLaws->GetTargetValues());
+    m_mergeAll = true;
+    RecordAllChanged();
 }
 
 bool TuningPreset::IsParametersChanged() const { return m_parametersChanged; }
 
 void TuningPreset::RefreshParameters() {
-    if (m_linkLawsState == ACTIVE) {
+    if (m_linkLawsState != ACTIVE) {
+        // The merged parameters are built anew on the way into ACTIVE.
+        m_mergeAll = true;
+    } else if (m_mergeAll) {
+        // What the laws laid over the base before and lay now may change in value.
+        for (const auto& parameter : m_linkLawParameters) RecordChanged(parameter.first);
+        m_linkLawParameters = ToParameterList(m_linkLaws->GetMasterValues());
+        OverlayMap(m_linkLawParameters, m_linkLaws->GetTargetValues());
+        for (const auto& parameter : m_linkLawParameters) RecordChanged(parameter.first);
         m_mergedParameters = m_baseParameters;
-        MergeParameterMap(m_mergedParameters, m_linkLaws->GetMasterValues());
-        MergeParameterMap(m_mergedParameters, m_linkLaws->GetTargetValues());
+        OverlayParameterList(m_mergedParameters, m_linkLawParameters);
+        m_mergeAll = false;
+    } else {
+        // Written values show where the laws lay nothing over them.
+        for (unsigned int id : m_writtenIds) {
+            if (FindParameter(m_linkLawParameters, id) != m_linkLawParameters.end()) continue;
+            const double* base = FindValue(m_baseParameters, id);
+            if (base != nullptr) {
+                SetParameterInList(m_mergedParameters, id, *base);
+            } else {
+                EraseParameterFromList(m_mergedParameters, id);
+            }
+        }
     }
+    m_writtenIds.clear();
     m_parametersChanged = false;
 }
 
-const std::map<unsigned int, double>& TuningPreset::ParametersInForce() {
-    if (m_parametersChanged) {
+const ParameterList& TuningPreset::ParametersInForce() {
+    if (m_parametersChanged || (m_linkLawsState == ACTIVE && m_mergeAll)) {
         RefreshParameters();
     }
     return m_linkLawsState == ACTIVE ? m_mergedParameters : m_baseParameters;
 }
 
+void TuningPreset::LinkLawsChanged() {
+    m_mergeAll = true;
+    m_parametersChanged = true;
+}
+
+void TuningPreset::RecordChanged(unsigned int id) {
+    if (m_allParametersChanged) return;
+    // Nobody took the changes for long: from here on everything counts as changed.
+    if (m_changedParameters.size() > m_baseParameters.size() + 64) {
+        RecordAllChanged();
+        return;
+    }
+    m_changedParameters.push_back(id);
+}
+
+void TuningPreset::RecordAllChanged() {
+    m_allParametersChanged = true;
+    m_changedParameters.clear();
+}
+
+const ParameterList* TuningPreset::GetFinalParameterList() { return &ParametersInForce(); }
+
+bool TuningPreset::TakeParameterChanges(std::vector<unsigned int>& ids) {
+    ParametersInForce();
+    ids.clear();
+    const bool tracked = !m_allParametersChanged;
+    if (tracked) ids.swap(m_changedParameters);
+    m_allParametersChanged = false;
+    m_changedParameters.clear();
+    return tracked;
+}
+
 bool TuningPreset::GetParameter(unsigned int id, double& value) {
-    const auto& parameters = ParametersInForce();
-    const auto found = parameters.find(id);
-    if (found == parameters.end()) {
+    const double* found = FindValue(ParametersInForce(), id);
+    if (found == nullptr) {
         return false;
     }
-    value = found->second;
+    value = *found;
     return true;
 }
 
@@ -148,7 +244,9 @@ bool TuningPreset::GetAllParameters(std::vector<unsigned int>& ids, std::vector<
     return true;
 }
 
-std::map<unsigned int, double> TuningPreset::GetAllParameters() { return ParametersInForce(); }
+std::map<unsigned int, double> TuningPreset::GetAllParameters() {
+    return ToParameterMap(ParametersInForce());
+}
 
 void TuningPreset::SetChunk(unsigned int index, const std::vector<char>& data) {
     m_chunks[index] = data;
@@ -160,7 +258,7 @@ void TuningPreset::SetChunk(unsigned int index, const std::vector<char>& data) {
                               m_linkLawEntries);
     m_linkLaws->ClearEntries();
     m_linkLaws->SetEntries(m_linkLawEntries);
-    m_parametersChanged = true;
+    LinkLawsChanged();
 }
 
 bool TuningPreset::GetChunk(unsigned int index, std::vector<char>& data) {
@@ -187,13 +285,13 @@ std::vector<LinkLawEntry> TuningPreset::GetLinkLawEntries() { return m_linkLawEn
 
 bool TuningPreset::SetLinkLawValue(unsigned int sourceId, double value) {
     m_linkLaws->SetSourceValue(sourceId, value);
-    m_parametersChanged = true;
+    LinkLawsChanged();
     return true;
 }
 
 bool TuningPreset::ClearLinkLawSource(unsigned int sourceId) {
     m_linkLaws->ClearSource(sourceId);
-    m_parametersChanged = true;
+    LinkLawsChanged();
     return true;
 }
 

@@ -14,8 +14,10 @@ namespace TesselFX {
 /// map; link laws lie over the base only in state ACTIVE (parameter 2821 on, 2820 off), and a
 /// read then sees base, master values and target values. Leaving ACTIVE, or moving between
 /// DISABLED and SIMULATION, folds what the link laws compute at that moment into the base, so
-/// that what was heard last stays. The merged map is rebuilt lazily on the first read after a
-/// change. No locks: the control manager's lock covers every call.
+/// that what was heard last stays. The merged parameters are refreshed lazily on the first read
+/// after a change: anew after a change of the link laws or the state, else for the parameters
+/// written, which are also recorded for TakeParameterChanges. Parameters are kept in flat
+/// storage. No locks: the control manager's lock covers every call.
 class TuningPreset : public ITuningPreset {
   public:
     enum LinkLawsState { DISABLED = 0, ACTIVE = 1, SIMULATION = 2 };
@@ -44,10 +46,12 @@ class TuningPreset : public ITuningPreset {
     std::vector<LinkLawEntry> GetLinkLawEntries() override;
     bool SetLinkLawValue(unsigned int sourceId, double value) override;
     bool ClearLinkLawSource(unsigned int sourceId) override;
+    const ParameterList* GetFinalParameterList() override;
+    bool TakeParameterChanges(std::vector<unsigned int>& ids) override;
 
-    /// Whether the next read rebuilds the merged map.
+    /// Whether the next read refreshes the merged parameters.
     bool IsParametersChanged() const;
-    /// Rebuilds the merged map now (in state ACTIVE only) and clears the changed flag.
+    /// Refreshes the merged parameters now (in state ACTIVE only) and clears the changed flag.
     void RefreshParameters();
     /// Forces a state; any state but ACTIVE folds the link-law results into the base first.
     void SetLinkLawsState(LinkLawsState state);
@@ -58,21 +62,39 @@ class TuningPreset : public ITuningPreset {
 
   private:
     void UpdateLinkLawsState();
+    /// Stores a state; leaving or entering ACTIVE changes what reads see.
+    void StoreLinkLawsState(LinkLawsState state);
     void DeactivateLinkLaws();
     void MergeLinkLawsParamsToBase();
-    /// The map that reads answer from, refreshed first when something changed.
-    const std::map<unsigned int, double>& ParametersInForce();
+    /// The list that reads answer from, refreshed first when something changed.
+    const ParameterList& ParametersInForce();
+    /// The link laws' results changed: the next refresh lays them anew over the base.
+    void LinkLawsChanged();
+    /// Records that the value in force of id may have changed.
+    void RecordChanged(unsigned int id);
+    /// Records that any value in force may have changed.
+    void RecordAllChanged();
 
     std::shared_ptr<CLinkLawEntrySerializer> m_serializer;
     std::shared_ptr<LinkLaws> m_linkLaws;
     bool m_parametersChanged = false;
-    std::map<unsigned int, double> m_baseParameters;
-    std::map<unsigned int, double> m_mergedParameters;
+    ParameterList m_baseParameters;
+    /// Base plus link-law results; kept in state ACTIVE only.
+    ParameterList m_mergedParameters;
     std::map<unsigned int, std::vector<char>> m_chunks;
     std::vector<LinkLawEntry> m_linkLawEntries;
     bool m_linkLawsActive = false;
     bool m_linkLawsSimulation = false;
     LinkLawsState m_linkLawsState = DISABLED;
+    /// The master and target values laid over the base in m_mergedParameters.
+    ParameterList m_linkLawParameters;
+    /// The next refresh builds m_mergedParameters anew rather than for m_writtenIds alone.
+    bool m_mergeAll = true;
+    /// Ids written since the last refresh.
+    std::vector<unsigned int> m_writtenIds;
+    /// Changes of the values in force since the last TakeParameterChanges.
+    bool m_allParametersChanged = true;
+    std::vector<unsigned int> m_changedParameters;
 };
 
 }  // namespace TesselFX

@@ -196,9 +196,8 @@ int NotifyTrampoline(void* handle, CommonSettings* settings, const void* data, u
         TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "notifier is invalid");
         return -1;
     }
-    const auto* bytes = static_cast<const char*>(data);
     const std::vector<char> text = ZbAocTuningProtocol::WrapRaw(
-        instance, bytes != nullptr ? std::vector<char>(bytes, bytes + size) : std::vector<char>());
+        instance, static_cast<const char*>(data), data != nullptr ? size : 0);
     return found->second(handle, text.data(), static_cast<uint32_t>(text.size()), entry->context);
 }
 

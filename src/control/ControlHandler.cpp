@@ -335,18 +335,40 @@ bool ControlHandler::SetCurrentPreset() {
     return SendAllParameters(false);
 }
 
-bool ControlHandler::SendAllParameters(bool flag) {
-    const ParameterList* all = nullptr;
-    if (!m_tuningPreset && m_presetHandle) {
-        all = m_presetHandle->GetFinalParameterList();
+const ParameterList* ControlHandler::FlatParameters() {
+    if (m_tuningPreset) return m_tuningPreset->GetFinalParameterList();
+    if (m_presetHandle) return m_presetHandle->GetFinalParameterList();
+    return nullptr;
+}
+
+bool ControlHandler::TakeParameterChanges(std::vector<unsigned int>& ids) {
+    const void* source = m_tuningPreset ? static_cast<const void*>(m_tuningPreset.get())
+                                        : static_cast<const void*>(m_presetHandle.get());
+    bool tracked = m_tuningPreset ? m_tuningPreset->TakeParameterChanges(ids)
+                                  : m_presetHandle->TakeParameterChanges(ids);
+    // The baseline and the generator hold what the source of the last send gave; changes of
+    // another source say nothing about that.
+    if (source != m_changeSource) {
+        m_changeSource = source;
+        ids.clear();
+        tracked = false;
     }
+    return tracked;
+}
+
+bool ControlHandler::SendAllParameters(bool flag) {
+    ++m_parameterSends;
+    const ParameterList* all = FlatParameters();
     if (all == nullptr) {
         std::map<unsigned int, double> parameters;
         return GetParametersArray(parameters) && SetParametersArrayCommand(parameters, flag);
     }
     ParameterChanges changes;
-    changes.all = !m_presetHandle->TakeParameterChanges(changes.ids);
+    // A send from inside a listener's call finds changes that an outer send took and has not
+    // yet given the generator: it compares everything.
+    changes.all = !TakeParameterChanges(changes.ids) || m_announcing != 0;
     if (changes.all) {
+        changes.ids.clear();
         m_nanParameters.clear();
         for (const auto& parameter : *all) {
             if (std::isnan(parameter.second)) m_nanParameters.insert(parameter.first);
@@ -368,14 +390,36 @@ bool ControlHandler::SendAllParameters(bool flag) {
         linkLaws.clear();
     }
     const std::map<unsigned int, std::vector<char>> chunks{{ZBAC_LINKLAWS, std::move(linkLaws)}};
-    if (!UpdateNotificationBaseline(*all, changes, chunks)) {
-        // The listener may call back into the library and change the handle: from here on a
-        // copy travels, as in SetParametersArrayCommand.
-        const std::map<unsigned int, double> parameters = ToParameterMap(*all);
-        NotifyParametersAndChunksChanged(parameters, chunks);
-        return SetParametersArrayCommandImpl(parameters, flag);
+    const Announcement announce = UpdateNotificationBaseline(*all, changes, chunks);
+    if (!announce.parameters && !announce.chunks) {
+        return SendParameterList(*all, changes, flag);
     }
-    return SendParameterList(*all, changes, flag);
+    // The listener may call back into the library and change the parameters: a copy is told
+    // and sent, as in SetParametersArrayCommand.
+    const ParameterList parameters = *all;
+    const unsigned int sends = m_parameterSends;
+    // Kept alive by the copy should a callback replace it.
+    const std::shared_ptr<IParametersAndChunksChangedListener> listener =
+        m_parametersAndChunksChangedListener;
+    {
+        struct Announcing {
+            explicit Announcing(unsigned int& depth) : m_depth(++depth) {}
+            ~Announcing() { --m_depth; }
+            unsigned int& m_depth;
+        } announcing(m_announcing);
+        if (announce.parameters) {
+            listener->OnParameterListChanged(parameters);
+        }
+        if (announce.chunks) {
+            listener->OnChunksChanged(chunks);
+        }
+    }
+    if (m_parameterSends != sends) {
+        // A send from inside the listener went before this one: the copy goes out whole, and
+        // the generator compares all of it with what that send left.
+        return SetParametersArrayCommandImpl(ToParameterMap(parameters), flag);
+    }
+    return SendParameterList(parameters, changes, flag);
 }
 
 bool ControlHandler::SendParameterList(const ParameterList& all, const ParameterChanges&,
@@ -383,7 +427,7 @@ bool ControlHandler::SendParameterList(const ParameterList& all, const Parameter
     return SetParametersArrayCommandImpl(ToParameterMap(all), flag);
 }
 
-bool ControlHandler::UpdateNotificationBaseline(
+ControlHandler::Announcement ControlHandler::UpdateNotificationBaseline(
     const ParameterList& all, const ParameterChanges& changes,
     const std::map<unsigned int, std::vector<char>>& chunks) {
     const bool incremental = m_lastParametersTracked && !changes.all;
@@ -403,10 +447,13 @@ bool ControlHandler::UpdateNotificationBaseline(
     }
     // Two empty chunk maps count as different.
     const bool chunksChanged = (chunks.empty() && m_lastChunks.empty()) || chunks != m_lastChunks;
-    if (m_parametersAndChunksChangedListener &&
-        ((m_notifyParameters && parametersChanged) || (m_notifyChunks && chunksChanged))) {
-        return false;
+    Announcement announce;
+    if (m_parametersAndChunksChangedListener) {
+        announce.parameters = m_notifyParameters && parametersChanged;
+        announce.chunks = m_notifyChunks && chunksChanged;
     }
+    // The baseline moves before the listener runs: a notifier that changes something from
+    // inside its call is then compared with what it was just told, and a repeated change ends.
     if (incremental) {
         for (unsigned int id : changes.ids) {
             const auto last = FindParameter(m_lastParameters, id);
@@ -419,7 +466,7 @@ bool ControlHandler::UpdateNotificationBaseline(
             SetParameterInList(m_lastParameters, id, now->second);
             if (std::isnan(now->second)) ++m_lastParametersNaN;
         }
-    } else {
+    } else if (parametersChanged) {
         m_lastParameters = all;
         m_lastParametersNaN = static_cast<size_t>(std::count_if(
             all.begin(), all.end(), [](const std::pair<unsigned int, double>& parameter) {
@@ -432,7 +479,7 @@ bool ControlHandler::UpdateNotificationBaseline(
     m_lastParametersTracked = true;
     m_notifyParameters = false;
     m_notifyChunks = false;
-    return true;
+    return announce;
 }
 
 bool ControlHandler::GetParametersArray(std::map<unsigned int, double>& parameters) {
@@ -477,11 +524,10 @@ bool ControlHandler::GetParameter(unsigned int index, double& value) {
 
 template <typename Read>
 bool ControlHandler::ReadParameters(Read read) {
-    // The handle's own list answers without a copy of every parameter.
-    if (!m_tuningPreset && m_presetHandle) {
-        if (const ParameterList* list = m_presetHandle->GetFinalParameterList()) {
-            return read(*list);
-        }
+    // The flat list of the tuning preset or the handle answers without a copy of every
+    // parameter.
+    if (const ParameterList* list = FlatParameters()) {
+        return read(*list);
     }
     std::map<unsigned int, double> all;
     return GetParametersArray(all) && read(all);
@@ -500,6 +546,7 @@ bool ControlHandler::GetChunk(unsigned int index, std::vector<char>& data) {
 
 bool ControlHandler::SetParametersArrayCommand(const std::map<unsigned int, double>& parameters,
                                                bool flag) {
+    ++m_parameterSends;
     std::vector<char> linkLaws;
     if (!GetChunk(ZBAC_LINKLAWS, linkLaws)) {
         linkLaws.clear();
@@ -789,8 +836,7 @@ bool ControlHandler::SetParametersArrayFromTuning(const std::map<unsigned int, d
     // No notify flag: the tool is not told of its own change. The send checks
     // waitingForFlush itself.
     m_tuningPreset->SetParameterArray(parameters);
-    std::map<unsigned int, double> all;
-    return GetParametersArray(all) && SetParametersArrayCommand(all, flag);
+    return SendAllParameters(flag);
 }
 
 bool ControlHandler::SetParameterFromTuning(unsigned int index, double value) {

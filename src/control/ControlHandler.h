@@ -154,19 +154,32 @@ class ControlHandler : public IControlHandler, public IVolumeTableHelper::Volume
         bool all = true;
         std::vector<unsigned int> ids;
     };
+    /// The parameters in flat storage of the tuning preset while tuning, else of the preset
+    /// handle; null when that one keeps none.
+    const ParameterList* FlatParameters();
+    /// TakeParameterChanges of the tuning preset while tuning, else of the preset handle;
+    /// false, and ids empty, at the first call after the source changed.
+    bool TakeParameterChanges(std::vector<unsigned int>& ids);
     /// Collects all parameters and sends them, as SetParametersArrayCommand does with the map
-    /// form of GetParametersArray. Reading from the preset handle, it passes on only what
-    /// changed: the notification baseline and the generator are updated for those parameters.
+    /// form of GetParametersArray. Reading flat parameters, it passes on only what changed:
+    /// the notification baseline and the generator are updated for those parameters, and a
+    /// listener is told with the flat list.
     bool SendAllParameters(bool flag);
     /// The last step of SendAllParameters: SetParametersArrayCommandImpl with a map of all.
     /// A variant whose generator takes change lists converts only what changed.
     virtual bool SendParameterList(const ParameterList& all, const ParameterChanges& changes,
                                    bool flag);
-    /// The change detection of NotifyParametersAndChunksChanged for a send from the preset
-    /// handle. False, with nothing done, when the listener is to be told; else the baseline
-    /// takes the changes and the notify flags are cleared.
-    bool UpdateNotificationBaseline(const ParameterList& all, const ParameterChanges& changes,
-                                    const std::map<unsigned int, std::vector<char>>& chunks);
+    /// What the listener is to be told of.
+    struct Announcement {
+        bool parameters = false;
+        bool chunks = false;
+    };
+    /// The change detection of NotifyParametersAndChunksChanged for a send of flat parameters:
+    /// the baseline takes the changes, the notify flags are cleared, and the answer says what
+    /// the listener is to be told.
+    Announcement UpdateNotificationBaseline(
+        const ParameterList& all, const ParameterChanges& changes,
+        const std::map<unsigned int, std::vector<char>>& chunks);
     /// Calls read with the current parameters, as a ParameterList or a map, and returns its
     /// answer; false when there are none.
     template <typename Read>
@@ -219,6 +232,13 @@ class ControlHandler : public IControlHandler, public IVolumeTableHelper::Volume
     /// The ids whose final value is NaN: such a value never equals its former self.
     std::set<unsigned int> m_nanParameters;
     std::map<unsigned int, double> m_linkLawValues;
+    /// The tuning preset or preset handle whose changes the last send took.
+    const void* m_changeSource = nullptr;
+    /// Counts the parameter sends begun, so that a send can tell that another one ran from
+    /// inside its listener's call.
+    unsigned int m_parameterSends = 0;
+    /// How many sends are telling their listener now.
+    unsigned int m_announcing = 0;
 };
 
 }  // namespace TesselFX

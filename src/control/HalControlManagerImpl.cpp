@@ -1,7 +1,9 @@
 #include "control/HalControlManagerImpl.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <iterator>
 
 #include "log/TesselLog.h"
 #include "preset/LinkLawEntry.h"
@@ -87,6 +89,11 @@ HalControlManagerImpl::ControlHandlerParametersAndChunksChangedListener::
 
 void HalControlManagerImpl::ControlHandlerParametersAndChunksChangedListener::OnParametersChanged(
     const std::map<unsigned int, double>& parameters) {
+    m_manager->NotifyParameterArrayChanged(m_handler, parameters);
+}
+
+void HalControlManagerImpl::ControlHandlerParametersAndChunksChangedListener::
+    OnParameterListChanged(const ParameterList& parameters) {
     m_manager->NotifyParameterArrayChanged(m_handler, parameters);
 }
 
@@ -834,23 +841,35 @@ std::shared_ptr<IHalNotifier> HalControlManagerImpl::GetNotifier(
 void HalControlManagerImpl::NotifyParameterArrayChanged(
     const std::shared_ptr<IControlHandler>& handler,
     const std::map<unsigned int, double>& parameters) {
+    NotifyParameters(handler, parameters.begin(), parameters.size());
+}
+
+void HalControlManagerImpl::NotifyParameterArrayChanged(
+    const std::shared_ptr<IControlHandler>& handler, const ParameterList& parameters) {
+    NotifyParameters(handler, parameters.begin(), parameters.size());
+}
+
+template <typename Iterator>
+void HalControlManagerImpl::NotifyParameters(const std::shared_ptr<IControlHandler>& handler,
+                                             Iterator first, size_t count) {
     if (!GetNotifier(handler)) {
         return;
     }
-    if (m_maxParametersPerNotification == 0) {
-        NotifyDataChanged(handler, ReplyParameterArrayMessageData(parameters));
+    // Each message is written straight from the parameters, as ReplyParameterArrayMessageData
+    // would write it.
+    const size_t most =
+        m_maxParametersPerNotification == 0 ? count : m_maxParametersPerNotification;
+    if (count == 0 && most == 0) {
+        NotifyFrame(handler, ReplyParameterArrayMessageData::MakeFrame(
+                                 ReplyParameterArrayMessageData::kId, first, 0));
         return;
     }
-    std::map<unsigned int, double> part;
-    for (const auto& parameter : parameters) {
-        part.insert(parameter);
-        if (part.size() == m_maxParametersPerNotification) {
-            NotifyDataChanged(handler, ReplyParameterArrayMessageData(part));
-            part.clear();
-        }
-    }
-    if (!part.empty()) {
-        NotifyDataChanged(handler, ReplyParameterArrayMessageData(part));
+    for (size_t done = 0; done < count;) {
+        const size_t part = std::min(most, count - done);
+        NotifyFrame(handler, ReplyParameterArrayMessageData::MakeFrame(
+                                 ReplyParameterArrayMessageData::kId, first, part));
+        std::advance(first, part);
+        done += part;
     }
 }
 
@@ -872,18 +891,22 @@ void HalControlManagerImpl::NotifyLinkLawSourceValueChanged(
 
 void HalControlManagerImpl::NotifyDataChanged(const std::shared_ptr<IControlHandler>& handler,
                                               const MessageData& message) {
-    const std::vector<char> buffer = message.GetBuffer();
+    NotifyFrame(handler, message.GetBuffer());
+}
+
+void HalControlManagerImpl::NotifyFrame(const std::shared_ptr<IControlHandler>& handler,
+                                        const std::vector<char>& frame) {
     std::vector<std::vector<char>> pieces;
-    if (m_maxNotificationSize == 0 || buffer.size() <= m_maxNotificationSize) {
-        pieces.push_back(buffer);
-    } else if (!MultipleMessageData::SplitToBuffers(NewSessionId(), m_maxNotificationSize, buffer,
-                                                    pieces)) {
+    const bool whole = m_maxNotificationSize == 0 || frame.size() <= m_maxNotificationSize;
+    if (!whole && !MultipleMessageData::SplitToBuffers(NewSessionId(), m_maxNotificationSize, frame,
+                                                       pieces)) {
         TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s: Failed to split long buffer into small pieces",
                          "NotifyDataChanged");
         return;
     }
-    for (const auto& piece : pieces) {
-        const std::string text = Base64::Encode(piece);
+    const size_t count = whole ? 1 : pieces.size();
+    for (size_t i = 0; i < count; ++i) {
+        const std::string text = Base64::Encode(whole ? frame : pieces[i]);
         // Looked up for each piece: a notifier may unregister itself from inside its call.
         const std::shared_ptr<IHalNotifier> notifier = GetNotifier(handler);
         auto description = m_handlerDescriptions.find(handler);

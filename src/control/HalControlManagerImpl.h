@@ -46,6 +46,7 @@ class HalControlManagerImpl : public IHalControlManager {
         ControlHandlerParametersAndChunksChangedListener(
             HalControlManagerImpl* manager, const std::shared_ptr<IControlHandler>& handler);
         void OnParametersChanged(const std::map<unsigned int, double>& parameters) override;
+        void OnParameterListChanged(const ParameterList& parameters) override;
         /// One notification per chunk, in index order.
         void OnChunksChanged(const std::map<unsigned int, std::vector<char>>& chunks) override;
 
@@ -176,6 +177,13 @@ class HalControlManagerImpl : public IHalControlManager {
     std::shared_ptr<IHalNotifier> GetNotifier(const std::shared_ptr<IControlHandler>& handler);
     void NotifyParameterArrayChanged(const std::shared_ptr<IControlHandler>& handler,
                                      const std::map<unsigned int, double>& parameters);
+    void NotifyParameterArrayChanged(const std::shared_ptr<IControlHandler>& handler,
+                                     const ParameterList& parameters);
+    /// Cuts the count parameters from first, in id order, into messages of at most
+    /// maxParametersPerNotification entries (all in one when it is 0) and notifies each.
+    template <typename Iterator>
+    void NotifyParameters(const std::shared_ptr<IControlHandler>& handler, Iterator first,
+                          size_t count);
     void NotifyChunkChanged(const std::shared_ptr<IControlHandler>& handler, unsigned int index,
                             const std::vector<char>& data);
     void NotifyLinkLawSourceValueChanged(const std::shared_ptr<IControlHandler>& handler,
@@ -186,6 +194,9 @@ class HalControlManagerImpl : public IHalControlManager {
     /// maxNotificationSize bytes when it is longer.
     void NotifyDataChanged(const std::shared_ptr<IControlHandler>& handler,
                            const MessageData& message);
+    /// The same for the bytes of a message.
+    void NotifyFrame(const std::shared_ptr<IControlHandler>& handler,
+                     const std::vector<char>& frame);
 
     ControlHandlerMap m_controlHandlers;
     std::map<std::shared_ptr<IControlHandler>, std::shared_ptr<IControlDescription>>

@@ -39,11 +39,16 @@ void Hifi3zControlHandler::PrimeParameterGenerator() {
         TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "%s", kNoGeneratorText);
         return;
     }
+    std::vector<std::vector<char>> discarded;
+    const ParameterList* all = FlatParameters();
+    if (all != nullptr && m_parameterListGenerator) {
+        m_parameterListGenerator->MakeSetParameterListBuffer(discarded, *all, false);
+        return;
+    }
     std::map<unsigned int, double> parameters;
     if (!GetParametersArray(parameters)) {
         return;
     }
-    std::vector<std::vector<char>> discarded;
     m_pSetParameterArrayBufferGeneratorV2->MakeSetParameterArrayBufferV2(discarded, parameters,
                                                                          false);
 }
@@ -100,6 +105,8 @@ bool Hifi3zControlHandler::SendParameterList(const ParameterList& all,
     TESSEL_LOG(1, TESSEL_LOG_FXModule, "%s SetParametersArrayCommandImpl num_parameters = %u",
                GetDescriptionString().c_str(), static_cast<unsigned int>(all.size()));
     if (m_waitingForFlush) {
+        // The changes taken for this send do not reach the generator.
+        m_generatorTracked = false;
         return true;
     }
     ParameterList parameters;

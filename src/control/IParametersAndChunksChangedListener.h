@@ -3,6 +3,8 @@
 #include <map>
 #include <vector>
 
+#include "preset/ParameterMaps.h"
+
 namespace TesselFX {
 
 /// Told by a control handler when the parameter set or the chunks that it sends differ from
@@ -12,6 +14,11 @@ class IParametersAndChunksChangedListener {
     virtual ~IParametersAndChunksChangedListener() = default;
     virtual void OnParametersChanged(const std::map<unsigned int, double>& parameters) = 0;
     virtual void OnChunksChanged(const std::map<unsigned int, std::vector<char>>& chunks) = 0;
+    /// OnParametersChanged with the parameters in flat storage, which a control handler keeps:
+    /// a listener that only walks them in id order takes them without a map.
+    virtual void OnParameterListChanged(const ParameterList& parameters) {
+        OnParametersChanged(ToParameterMap(parameters));
+    }
 };
 
 }  // namespace TesselFX

@@ -7,10 +7,6 @@
 
 namespace TesselFX {
 
-namespace {
-constexpr uint32_t kEntrySize = 12;
-}
-
 ParameterArrayMessageData::ParameterArrayMessageData(const std::vector<unsigned int>& ids,
                                                      const std::vector<double>& values) {
     for (size_t i = 0; i < std::min(ids.size(), values.size()); ++i) {
@@ -19,14 +15,9 @@ ParameterArrayMessageData::ParameterArrayMessageData(const std::vector<unsigned 
 }
 
 std::vector<char> ParameterArrayMessageData::GetPayload() const {
-    std::vector<char> payload(sizeof(uint32_t) + kEntrySize * m_parameters.size());
+    std::vector<char> payload(PayloadSize(m_parameters.size()));
     char* cursor = payload.data();
-    const char* end = cursor + payload.size();
-    WriteU32(cursor, end, static_cast<uint32_t>(m_parameters.size()));
-    for (const auto& parameter : m_parameters) {
-        WriteU32(cursor, end, parameter.first);
-        WriteF64(cursor, end, parameter.second);
-    }
+    WritePayload(cursor, cursor + payload.size(), m_parameters.begin(), m_parameters.size());
     return payload;
 }
 

@@ -2,6 +2,7 @@
 
 #include <map>
 
+#include "preset/BinaryPrimitives.h"
 #include "protocol/MessageData.h"
 
 namespace TesselFX {
@@ -23,7 +24,33 @@ class ParameterArrayMessageData : public MessageData {
 
     const std::map<unsigned int, double>& GetParameters() const { return m_parameters; }
 
+    /// The frame of id with the count entries from first, a sequence of (id, value) pairs in
+    /// ascending id: the bytes of a message of this class built from them, without the map.
+    template <typename Iterator>
+    static std::vector<char> MakeFrame(uint32_t id, Iterator first, size_t count) {
+        std::vector<char> frame(sizeof(uint32_t) + PayloadSize(count));
+        char* cursor = frame.data();
+        const char* end = cursor + frame.size();
+        WriteU32(cursor, end, id);
+        WritePayload(cursor, end, first, count);
+        return frame;
+    }
+
   private:
+    /// u32 id and f64 value.
+    static constexpr uint32_t kEntrySize = 12;
+
+    static size_t PayloadSize(size_t count) { return sizeof(uint32_t) + kEntrySize * count; }
+    /// The count, then the entries.
+    template <typename Iterator>
+    static void WritePayload(char*& cursor, const char* end, Iterator first, size_t count) {
+        WriteU32(cursor, end, static_cast<uint32_t>(count));
+        for (size_t i = 0; i < count; ++i, ++first) {
+            WriteU32(cursor, end, first->first);
+            WriteF64(cursor, end, first->second);
+        }
+    }
+
     std::map<unsigned int, double> m_parameters;
 };
 

@@ -25,8 +25,15 @@ size_t HeaderSize() {
 }
 
 std::vector<char> WrapRaw(uint32_t instance, const std::vector<char>& payload) {
+    return WrapRaw(instance, payload.data(), payload.size());
+}
+
+std::vector<char> WrapRaw(uint32_t instance, const char* payload, size_t size) {
     std::vector<char> text = BuildHeader(instance);
-    text.insert(text.end(), payload.begin(), payload.end());
+    if (size != 0) {
+        text.reserve(text.size() + size);
+        text.insert(text.end(), payload, payload + size);
+    }
     return text;
 }
 

@@ -29,6 +29,8 @@ size_t HeaderSize();
 
 /// The header, then the payload bytes unchanged.
 std::vector<char> WrapRaw(uint32_t instance, const std::vector<char>& payload);
+/// The same for size bytes at payload, which may be null when size is 0.
+std::vector<char> WrapRaw(uint32_t instance, const char* payload, size_t size);
 /// The header, then the payload as base64 text.
 std::vector<char> WrapBase64(uint32_t instance, const std::vector<char>& payload);
 /// The payload of a base64 envelope, decoded into out; false when the text has no data key.

@@ -20,6 +20,24 @@ class TuningFramesTest : public StaticControlTest {
     void SetUp() override { ASSERT_TRUE(Init()); }
 };
 
+TEST_F(TuningFramesTest, WhatTheToolChangedGoesBackWhenTuningEndsAndOutWithAFlush) {
+    // A host send first takes the handle's changes; the tool's value is then sent back
+    // although the handle changed nothing since.
+    ASSERT_TRUE(m_manager->SetParameter(Settings(), 1006, 2.0));
+    Take();
+    ASSERT_TRUE(m_manager->SetParameterFromTuning(Settings(), 1006, 4.0));
+    EXPECT_EQ(Take(), Frames{Frame({Block(4158, {{14, 4.0f}})})});
+    ASSERT_TRUE(m_manager->StartTuningMode(Settings(), false));
+    EXPECT_EQ(Take(), Frames{Frame({Block(4158, {{14, 2.0f}})})});
+
+    // A tool's write while waiting for a flush goes out with the flush.
+    ASSERT_TRUE(m_manager->WaitForFlush(Settings()));
+    ASSERT_TRUE(m_manager->SetParameterFromTuning(Settings(), 1038, 0.25));
+    EXPECT_TRUE(Take().empty());
+    ASSERT_TRUE(m_manager->Flush(Settings()));
+    EXPECT_EQ(Take(), Frames{Frame({Block(4160, {{14, 0.25f}})})});
+}
+
 TEST_F(TuningFramesTest, TheToolsLinkLawsAndTheSourceValuesOfTheManager) {
     TesselTuning::FullPreset preset;
     preset.hasParameters = true;

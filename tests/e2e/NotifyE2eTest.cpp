@@ -139,10 +139,18 @@ TEST_F(NotifyE2eTest, ANotifierMayCallBackIntoTheLibrary) {
     EXPECT_EQ(reply, Msg(40, U32(1)));
 }
 
+std::vector<std::string> g_sentFrames;
+
+int FrameRecorder(void*, uint32_t, const void* data, uint32_t size, void*, uint32_t*, void*) {
+    g_sentFrames.emplace_back(static_cast<const char*>(data), size);
+    return 0;
+}
+
 /// A preset whose notifications come in several pieces: 1,001 parameters (more than the 997
 /// of one message) and a link-law chunk of 14,500 bytes (more than the 11,973 of one
-/// notification). Link laws are off, so the laws change no value.
-class NotifyPiecesE2eTest : public ToolSessionTest {
+/// notification). Link laws are off, so the laws change no value. The frames sent go to
+/// g_sentFrames.
+class BigPresetE2eTest : public ToolSessionTest {
   protected:
     static std::map<unsigned, double> BigParameters() {
         std::map<unsigned, double> parameters{{1, 0.0}};
@@ -167,7 +175,7 @@ class NotifyPiecesE2eTest : public ToolSessionTest {
             "[HAL_SUPPORTED_PRESETS]\nMusic=OM:1,SM:1\nBig=OM:3,SM:1\n"
             "[HAL_SUPPORTED_CONTROLS]\nSpeaker=DEV:2,SR:rates,PRESET:Music|Big,INSTANCE:1\n"
             "[COEFS_CONVERTER_SETTING]\nDspKitPath64=" DSPKIT_SIM_PATH "\n");
-        ASSERT_EQ(zb_initialize(m_handle, presets.c_str(), "", config.c_str(), IgnoringSender), 1);
+        ASSERT_EQ(zb_initialize(m_handle, presets.c_str(), "", config.c_str(), FrameRecorder), 1);
     }
     /// The parameter messages of a map: 997 entries each, in id order.
     static Frames ParameterFrames(const std::map<unsigned, double>& parameters) {
@@ -185,7 +193,7 @@ class NotifyPiecesE2eTest : public ToolSessionTest {
     }
 };
 
-TEST_F(NotifyPiecesE2eTest, LongChangesAreCutIntoMessagesAndPieces) {
+TEST_F(BigPresetE2eTest, LongChangesAreCutIntoMessagesAndPieces) {
     ASSERT_EQ(zb_register_notifier(m_handle, 1, RecordingNotifier), 1);
     ASSERT_EQ(zb_set_active(m_handle, 1, 3, 1), 1);
     Frames frames = m_tool.TakeFrames();
@@ -217,6 +225,32 @@ TEST_F(NotifyPiecesE2eTest, LongChangesAreCutIntoMessagesAndPieces) {
     EXPECT_EQ(m_tool.texts[1],
               "dsp_instance=1;tessel_data=" + ToText(ParameterFrames(parameters)[1]));
     EXPECT_EQ(m_tool.texts[1].size(), 27u + 76u);
+}
+
+TEST_F(BigPresetE2eTest, AChangeFromInsideTheNotifierGoesOutFirstAndTheToldValuesAfterIt) {
+    ASSERT_EQ(zb_set_active(m_handle, 1, 3, 1), 1);
+    ASSERT_EQ(zb_register_notifier(m_handle, 1, RecordingNotifier), 1);
+    g_sentFrames.clear();
+    m_tool.onNotify = [&] {
+        m_tool.onNotify = nullptr;
+        EXPECT_EQ(zb_set_parameter(m_handle, 1, 3008, 9.0), 1);
+    };
+    ASSERT_EQ(zb_set_parameter(m_handle, 1, 3000, 7.5), 1);
+    // 3000 to 3007 feed inputs 8 to 15 of block 4283, 3008 to 3023 block 4284. The inner send
+    // carries both changes; the outer one then sends the values that it told, which puts
+    // 3008 back to 8.25 on the DSP while the model holds 9.0.
+    std::map<unsigned, float> low, high;
+    for (unsigned i = 0; i < 8; ++i) low[8 + i] = i == 0 ? 7.5f : i + 0.25f;
+    for (unsigned i = 0; i < 16; ++i) high[i] = i + 8.25f;
+    std::map<unsigned, float> changed = high;
+    changed[0] = 9.0f;
+    EXPECT_EQ(g_sentFrames, (Frames{Frame({Block(4283, low), Block(4284, changed)}),
+                                    Frame({Block(4284, high)})}));
+    EXPECT_EQ(m_tool.TakeFrames().size(), 4u);
+    // The next send compares the whole model with the DSP and brings 3008 back.
+    g_sentFrames.clear();
+    ASSERT_EQ(zb_set_parameter(m_handle, 1, 3000, 7.5), 1);
+    EXPECT_EQ(g_sentFrames, Frames{Frame({Block(4284, changed)})});
 }
 
 }  // namespace

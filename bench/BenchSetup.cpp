@@ -1,6 +1,5 @@
 #include "BenchSetup.h"
 
-#include <malloc.h>
 #include <stdlib.h>
 #include <unistd.h>
 
@@ -430,19 +429,38 @@ uint64_t StatusField(const char* name) {
 
 }  // namespace
 
-uint64_t ResidentMemory() { return StatusField("VmRSS"); }
+uint64_t PeakInitializeMemory(const std::string& presets, const std::string& config) {
+    char self[4096];
+    const ssize_t length = readlink("/proc/self/exe", self, sizeof(self) - 1);
+    if (length <= 0) return 0;
+    self[length] = '\0';
+    const std::string command = std::string(self) + " " + kMeasureMemoryArgument + " " + presets +
+                                " " + config + " 2>/dev/null";
+    FILE* child = popen(command.c_str(), "r");
+    if (child == nullptr) return 0;
+    unsigned long long bytes = 0;
+    if (fscanf(child, "peak_added_bytes=%llu", &bytes) != 1) bytes = 0;
+    pclose(child);
+    return bytes;
+}
 
-uint64_t PeakResidentMemory() { return StatusField("VmHWM"); }
-
-void ResetPeakResidentMemory() {
-    // Free heap memory that stays resident would otherwise serve the measured allocations
-    // without raising the peak.
-    malloc_trim(0);
+int MeasureInitializeMemory(const char* presets, const char* config) {
+    SendCounts counts;
+    void* handle = nullptr;
+    if (zb_create(&handle, &counts) != 1) return 1;
+    const uint64_t before = StatusField("VmRSS");
     // Writing 5 resets the peak to the current resident size.
-    FILE* file = fopen("/proc/self/clear_refs", "w");
-    if (file == nullptr) return;
-    fputs("5", file);
-    fclose(file);
+    FILE* clear = fopen("/proc/self/clear_refs", "w");
+    if (clear == nullptr) return 1;
+    fputs("5", clear);
+    fclose(clear);
+    const int result = zb_initialize(handle, presets, "", config, BenchSender);
+    const uint64_t peak = StatusField("VmHWM");
+    zb_destroy(&handle);
+    if (result != 1) return 1;
+    std::printf("peak_added_bytes=%llu\n",
+                static_cast<unsigned long long>(peak > before ? peak - before : 0));
+    return 0;
 }
 
 std::vector<char> ReadWholeFile(const std::string& path) {

@@ -130,13 +130,16 @@ const char* InitFileName(InitFile file);
 std::string InitPresetFile(InitFile file, uint64_t& itemCount);
 /// The configuration that goes with the file.
 std::string InitConfig(InitFile file);
-/// Resident memory of the process in bytes: now, and at its peak since the last
-/// ResetPeakResidentMemory, which first gives free heap memory back to the system (Linux /proc
-/// and glibc; 0 where it cannot be read). Call ResetPeakResidentMemory before ResidentMemory.
-uint64_t ResidentMemory();
-uint64_t PeakResidentMemory();
-void ResetPeakResidentMemory();
 /// Reads a whole file into a vector; the plain read that initialisation is compared with.
 std::vector<char> ReadWholeFile(const std::string& path);
+/// The argument with which a benchmark program, started again by PeakInitializeMemory, runs
+/// MeasureInitializeMemory on the two paths that follow it.
+constexpr const char* kMeasureMemoryArgument = "--measure-initialize-memory";
+/// The resident memory in bytes that zb_initialize of the files adds at its peak, measured in
+/// a fresh process of this program (a heap that a benchmark has used would serve part of the
+/// allocations from memory resident already); 0 when that fails. Linux only.
+uint64_t PeakInitializeMemory(const std::string& presets, const std::string& config);
+/// The measurement in that process: prints "peak_added_bytes=N"; returns the exit status.
+int MeasureInitializeMemory(const char* presets, const char* config);
 
 }  // namespace zb_bench

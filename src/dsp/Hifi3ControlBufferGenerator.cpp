@@ -38,8 +38,12 @@ ParameterList GetChangedParameters(const Sorted& parameters, size_t count,
     return changed;
 }
 
-/// Overlays the changed entries on the cache.
-void MergeParameters(ParameterList& cache, const ParameterList& changed) {
+/// Overlays the changed entries on the cache; an empty cache takes them whole.
+void MergeParameters(ParameterList& cache, ParameterList&& changed) {
+    if (cache.empty()) {
+        cache = std::move(changed);
+        return;
+    }
     if (changed.size() * 16 < cache.size()) {
         for (const auto& parameter : changed) {
             SetParameterInList(cache, parameter.first, parameter.second);
@@ -79,14 +83,14 @@ template <typename Sorted>
 status_t Hifi3ControlBufferGenerator::MakeBuffers(std::vector<std::vector<char>>& out,
                                                   const Sorted& parameters, size_t count,
                                                   bool onlyChanged) {
-    const ParameterList diff = GetChangedParameters(parameters, count, m_lastParameters);
+    ParameterList diff = GetChangedParameters(parameters, count, m_lastParameters);
     if (diff.empty()) {
         if (!onlyChanged) PackCoefficientBuffers(out, m_coefficients);
         return kStatusOk;
     }
     std::map<uint32_t, std::vector<char>>& coefs = m_changedCoefficients;
     if (!m_converter || !m_converter->ConvertList(diff, coefs)) return kStatusBadValue;
-    MergeParameters(m_lastParameters, diff);
+    MergeParameters(m_lastParameters, std::move(diff));
     MergeCoefficients(m_coefficients, coefs);
     PackCoefficientBuffers(out, onlyChanged ? coefs : m_coefficients);
     return kStatusOk;

@@ -32,10 +32,15 @@ const std::map<OmSm, SubtypeMasks>& ZpsBufferReader::GetEnabledSubtypeMasks() co
 const std::map<unsigned int, std::string>& ZpsBufferReader::GetTags() const { return m_tags; }
 
 bool ZpsBufferReader::ParseBuffer(const std::vector<char>& buffer, bool isUser) {
+    return ParseBytes(buffer.data(), buffer.size(), isUser, nullptr);
+}
+
+bool ZpsBufferReader::ParseBytes(const char* data, size_t size, bool isUser,
+                                 const ParsedTo& parsedTo) {
     TESSEL_LOG(1, TESSEL_LOG_FXModule, "%s: isUserZps = %s", "ParseBuffer",
                isUser ? "true" : "false");
-    const char* cursor = buffer.data();
-    const char* const end = buffer.data() + buffer.size();
+    const char* cursor = data;
+    const char* const end = data + size;
     uint32_t magic = 0;
     if (!ReadU32(cursor, end, magic) || magic != kZpsMagic) {
         TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "read bpbz tag 0x%u fail", magic);
@@ -43,9 +48,9 @@ bool ZpsBufferReader::ParseBuffer(const std::vector<char>& buffer, bool isUser) 
     }
     uint32_t totalSize = 0;
     ReadU32(cursor, end, totalSize);
-    if (buffer.size() < totalSize) {
+    if (size < totalSize) {
         TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "size in zps %u does not match the real size %u",
-                         totalSize, static_cast<uint32_t>(buffer.size()));
+                         totalSize, static_cast<uint32_t>(size));
         return false;
     }
     for (;;) {
@@ -67,7 +72,7 @@ bool ZpsBufferReader::ParseBuffer(const std::vector<char>& buffer, bool isUser) 
                 parsed = ParseSectionRemarks(cursor, end, isUser);
                 break;
             case kZpsSectionPresets:
-                parsed = ParseSectionPresets(cursor, end);
+                parsed = ParseSectionPresets(cursor, end, parsedTo);
                 break;
             case kZpsSectionUserModes:
                 parsed = ParseSectionUserModes(cursor, end);
@@ -126,7 +131,8 @@ bool ZpsBufferReader::ParseSectionTags(const char*& cursor, const char* end) {
     return true;
 }
 
-bool ZpsBufferReader::ParseSectionPresets(const char*& cursor, const char* end) {
+bool ZpsBufferReader::ParseSectionPresets(const char*& cursor, const char* end,
+                                          const ParsedTo& parsedTo) {
     uint16_t count = 0;
     if (!ReadU16(cursor, end, count)) {
         TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "ParseSectionPresets read count error");
@@ -140,6 +146,7 @@ bool ZpsBufferReader::ParseSectionPresets(const char*& cursor, const char* end) 
         }
         m_systemPresets[{preset->GetOutputMode(), preset->GetSoundMode(),
                          preset->GetSubtypeMask()}] = preset;
+        if (parsedTo) parsedTo(cursor);
     }
     return true;
 }

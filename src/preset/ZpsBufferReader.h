@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
@@ -39,6 +40,12 @@ class ZpsBufferReader : public IPresetSetReader {
     const std::map<unsigned int, std::string>& GetTags() const;
 
   protected:
+    /// Told after each preset how far the parse has come: nothing before that point is read
+    /// again.
+    using ParsedTo = std::function<void(const char* cursor)>;
+
+    /// ParseBuffer of size bytes at data; parsedTo may be empty.
+    bool ParseBytes(const char* data, size_t size, bool isUser, const ParsedTo& parsedTo);
     /// Builds a set from the maps; no look at the parsed flags.
     std::shared_ptr<IPresetSet> CreatePresetSet();
     void SetupPresetSet(const std::shared_ptr<IPresetSet>& presetSet);
@@ -52,7 +59,7 @@ class ZpsBufferReader : public IPresetSetReader {
     bool ParseSectionInformation(const char*& cursor, const char* end, bool isUser);
     bool ParseSectionRemarks(const char*& cursor, const char* end, bool isUser);
     bool ParseSectionTags(const char*& cursor, const char* end);
-    bool ParseSectionPresets(const char*& cursor, const char* end);
+    bool ParseSectionPresets(const char*& cursor, const char* end, const ParsedTo& parsedTo);
     bool ParseSectionUserModes(const char*& cursor, const char* end);
     std::shared_ptr<IPreset> ParsePreset(const char*& cursor, const char* end, bool isUser);
 

@@ -1,6 +1,8 @@
 #include "preset/ZpsReader.h"
 
+#include <sys/mman.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -15,6 +17,46 @@ namespace {
 
 struct FileCloser {
     void operator()(FILE* file) const { fclose(file); }
+};
+
+/// The bytes of a file in pages of their own, which are given back to the system as the parse
+/// moves past them: the file and the presets made of it are then not held in memory at once.
+/// Without such pages (mmap failed) the bytes are held as usual to the end.
+class FilePages {
+  public:
+    explicit FilePages(size_t size) : m_size(size) {
+        void* pages =
+            mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (pages != MAP_FAILED) {
+            m_data = static_cast<char*>(pages);
+        } else {
+            m_fallback.resize(size);
+            m_data = m_fallback.data();
+        }
+    }
+    ~FilePages() {
+        if (m_fallback.empty()) munmap(m_data, m_size);
+    }
+    FilePages(const FilePages&) = delete;
+    FilePages& operator=(const FilePages&) = delete;
+
+    char* Data() { return m_data; }
+
+    /// Gives back the whole pages before cursor; their bytes read as zeros from then on.
+    void ReleaseBefore(const char* cursor) {
+        static const size_t pageSize = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+        if (!m_fallback.empty()) return;
+        const size_t whole = static_cast<size_t>(cursor - m_data) / pageSize * pageSize;
+        if (whole <= m_released) return;
+        madvise(m_data + m_released, whole - m_released, MADV_DONTNEED);
+        m_released = whole;
+    }
+
+  private:
+    size_t m_size;
+    char* m_data = nullptr;
+    std::vector<char> m_fallback;
+    size_t m_released = 0;
 };
 
 }  // namespace
@@ -77,9 +119,10 @@ bool ZpsReader::LoadFile(const std::string& path, bool isUser) {
         return false;
     }
     fseek(file.get(), 0, SEEK_SET);
-    std::vector<char> buffer(size);
-    buffer.resize(fread(buffer.data(), 1, buffer.size(), file.get()));
-    return ParseBuffer(buffer, isUser);
+    FilePages pages(size);
+    const size_t read = fread(pages.Data(), 1, size, file.get());
+    return ParseBytes(pages.Data(), read, isUser,
+                      [&pages](const char* cursor) { pages.ReleaseBefore(cursor); });
 }
 
 std::shared_ptr<IPresetSet> ZpsReader::Read() {

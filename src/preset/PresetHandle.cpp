@@ -77,7 +77,9 @@ void PresetHandle::Refresh() {
     if (merge) MergePresets();
     if (merge || m_superPresetChanged) {
         if (merge) {
-            m_presetParameters = m_mergedParameters;
+            // Until the super preset gives a parameter the merged ones serve unchanged.
+            ParameterList().swap(m_presetParameters);
+            m_presetIsMerged = true;
             m_presetLinkLawEntries = m_mergedLinkLawEntries;
             m_superParameters.clear();
         }
@@ -132,7 +134,13 @@ bool PresetHandle::MergeSuperPreset(bool full, std::vector<unsigned int>& change
     TESSEL_LOG_ENTERING(TESSEL_LOG_FXModule);
     ParameterList super;
     OverlayPresetParameters(super, *m_superPreset->AsConst());
-    if (full) {
+    if (m_presetIsMerged && !super.empty()) {
+        m_presetParameters = m_mergedParameters;
+        m_presetIsMerged = false;
+    }
+    if (m_presetIsMerged) {
+        // Nothing to lay over, and nothing was laid over before.
+    } else if (full) {
         OverlayParameterList(m_presetParameters, super);
     } else {
         // Walk the last merged and the current super parameters together; an id that left the
@@ -203,9 +211,9 @@ ParameterList PresetHandle::ComputeLinkLawParameters(bool apply) {
 void PresetHandle::ApplyLinkLaws(bool full, bool entriesMerged,
                                  const std::vector<unsigned int>& presetChanged) {
     bool apply = false;
-    if (!IsLinkLawsActive(m_presetParameters)) {
+    if (!IsLinkLawsActive(PresetParameters())) {
         TESSEL_LOG(1, TESSEL_LOG_FXModule, "LinkLaws is inactive");
-    } else if (IsSimulation(m_presetParameters)) {
+    } else if (IsSimulation(PresetParameters())) {
         TESSEL_LOG(1, TESSEL_LOG_FXModule, "LinkLaws is simulation");
     } else {
         TESSEL_LOG(1, TESSEL_LOG_FXModule, "LinkLaws is active");
@@ -220,10 +228,9 @@ void PresetHandle::ApplyLinkLaws(bool full, bool entriesMerged,
     if (full) {
         m_linkLawParameters = ComputeLinkLawParameters(apply);
         m_linkLawsApplied = apply;
-        m_finalParameters = m_presetParameters;
+        m_finalParameters = PresetParameters();
         OverlayParameterList(m_finalParameters, m_linkLawParameters);
-        m_allParametersChanged = true;
-        m_changedParameters.clear();
+        m_changes.RecordAll();
         return;
     }
     for (unsigned int id : presetChanged) UpdateFinalParameter(id);
@@ -238,8 +245,9 @@ void PresetHandle::ApplyLinkLaws(bool full, bool entriesMerged,
 void PresetHandle::UpdateFinalParameter(unsigned int id) {
     auto source = FindParameter(m_linkLawParameters, id);
     if (source == m_linkLawParameters.end()) {
-        source = FindParameter(m_presetParameters, id);
-        if (source == m_presetParameters.end()) {
+        const ParameterList& preset = PresetParameters();
+        source = FindParameter(preset, id);
+        if (source == preset.end()) {
             if (EraseParameterFromList(m_finalParameters, id)) RecordChanged(id);
             return;
         }
@@ -249,14 +257,7 @@ void PresetHandle::UpdateFinalParameter(unsigned int id) {
 }
 
 void PresetHandle::RecordChanged(unsigned int id) {
-    if (m_allParametersChanged) return;
-    // Nobody took the changes for long: from here on everything counts as changed.
-    if (m_changedParameters.size() > m_finalParameters.size() + 64) {
-        m_allParametersChanged = true;
-        m_changedParameters.clear();
-        return;
-    }
-    m_changedParameters.push_back(id);
+    m_changes.Record(id, m_finalParameters.size());
 }
 
 const ParameterList* PresetHandle::GetFinalParameterList() {
@@ -268,12 +269,7 @@ const ParameterList* PresetHandle::GetFinalParameterList() {
 
 bool PresetHandle::TakeParameterChanges(std::vector<unsigned int>& ids) {
     RefreshIfChanged();
-    ids.clear();
-    const bool tracked = !m_allParametersChanged;
-    if (tracked) ids.swap(m_changedParameters);
-    m_allParametersChanged = false;
-    m_changedParameters.clear();
-    return tracked;
+    return m_changes.Take(ids);
 }
 
 bool PresetHandle::GetParameter(unsigned int id, double& value) {
@@ -307,7 +303,7 @@ std::map<unsigned int, double> PresetHandle::GetAllParameters() {
 
 std::map<unsigned int, double> PresetHandle::GetPresetParameters() {
     if (m_presetsChanged) Refresh();
-    return ToParameterMap(m_presetParameters);
+    return ToParameterMap(PresetParameters());
 }
 
 uint32_t PresetHandle::GetParameterCount() {
@@ -396,7 +392,7 @@ bool PresetHandle::SetLinkLawValue(unsigned int sourceId, double value) {
     TESSEL_LOG(1, TESSEL_LOG_FXModule, "PresetHandle::SetLinkLawValue %u %lf", sourceId, value);
     m_linkLaws->SetSourceValue(sourceId, value);
     m_linkLawsChanged = true;
-    if (IsLinkLawsActive(m_presetParameters)) NotifyListenerChanged();
+    if (IsLinkLawsActive(PresetParameters())) NotifyListenerChanged();
     return true;
 }
 
@@ -414,7 +410,7 @@ std::map<unsigned int, double> PresetHandle::GetLinkLawSources() {
 
 bool PresetHandle::IsLinkLawSimulation() {
     RefreshIfChanged();
-    return IsSimulation(m_presetParameters);
+    return IsSimulation(PresetParameters());
 }
 
 std::vector<LinkLawEntry> PresetHandle::GetLinkLawEntries() {

@@ -9,6 +9,7 @@
 #include "preset/IPresetChangeListener.h"
 #include "preset/IPresetHandle.h"
 #include "preset/LinkLaws.h"
+#include "preset/ParameterChangeRecord.h"
 
 namespace TesselFX {
 
@@ -93,6 +94,11 @@ class PresetHandle : public IPresetHandle {
     void UpdateFinalParameter(unsigned int id);
     void RecordChanged(unsigned int id);
     void NotifyListenerChanged();
+    /// The parameters of the presets and the super preset: the merged ones while the super
+    /// preset gave none since the merge.
+    const ParameterList& PresetParameters() const {
+        return m_presetIsMerged ? m_mergedParameters : m_presetParameters;
+    }
     bool IsLinkLawsActive(const ParameterList& parameters) const;
     bool IsSimulation(const ParameterList& parameters) const;
 
@@ -111,6 +117,8 @@ class PresetHandle : public IPresetHandle {
     ParameterList m_mergedParameters;
     std::vector<LinkLawEntry> m_mergedLinkLawEntries;
     ParameterList m_presetParameters;
+    /// m_presetParameters is not kept: it would equal m_mergedParameters.
+    bool m_presetIsMerged = false;
     std::vector<LinkLawEntry> m_presetLinkLawEntries;
     ParameterList m_finalParameters;
     std::shared_ptr<SuperPreset> m_superPreset;
@@ -129,8 +137,7 @@ class PresetHandle : public IPresetHandle {
     std::vector<LinkLawEntry> m_serializedLinkLawEntries;
     std::vector<char> m_linkLawChunk;
     /// Changes of the final parameters since the last TakeParameterChanges.
-    bool m_allParametersChanged = true;
-    std::vector<unsigned int> m_changedParameters;
+    ParameterChangeRecord m_changes;
 };
 
 }  // namespace TesselFX

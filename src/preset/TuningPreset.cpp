@@ -189,31 +189,15 @@ void TuningPreset::LinkLawsChanged() {
     m_parametersChanged = true;
 }
 
-void TuningPreset::RecordChanged(unsigned int id) {
-    if (m_allParametersChanged) return;
-    // Nobody took the changes for long: from here on everything counts as changed.
-    if (m_changedParameters.size() > m_baseParameters.size() + 64) {
-        RecordAllChanged();
-        return;
-    }
-    m_changedParameters.push_back(id);
-}
+void TuningPreset::RecordChanged(unsigned int id) { m_changes.Record(id, m_baseParameters.size()); }
 
-void TuningPreset::RecordAllChanged() {
-    m_allParametersChanged = true;
-    m_changedParameters.clear();
-}
+void TuningPreset::RecordAllChanged() { m_changes.RecordAll(); }
 
 const ParameterList* TuningPreset::GetFinalParameterList() { return &ParametersInForce(); }
 
 bool TuningPreset::TakeParameterChanges(std::vector<unsigned int>& ids) {
     ParametersInForce();
-    ids.clear();
-    const bool tracked = !m_allParametersChanged;
-    if (tracked) ids.swap(m_changedParameters);
-    m_allParametersChanged = false;
-    m_changedParameters.clear();
-    return tracked;
+    return m_changes.Take(ids);
 }
 
 bool TuningPreset::GetParameter(unsigned int id, double& value) {

@@ -7,6 +7,7 @@
 #include "preset/CLinkLawEntrySerializer.h"
 #include "preset/ITuningPreset.h"
 #include "preset/LinkLaws.h"
+#include "preset/ParameterChangeRecord.h"
 
 namespace TesselFX {
 
@@ -93,8 +94,7 @@ class TuningPreset : public ITuningPreset {
     /// Ids written since the last refresh.
     std::vector<unsigned int> m_writtenIds;
     /// Changes of the values in force since the last TakeParameterChanges.
-    bool m_allParametersChanged = true;
-    std::vector<unsigned int> m_changedParameters;
+    ParameterChangeRecord m_changes;
 };
 
 }  // namespace TesselFX

@@ -138,18 +138,25 @@ std::vector<char> Decode(const char* text, size_t size) {
     std::vector<char> bytes(size / 4 * 3 + 2);
     char* out = bytes.data();
     const auto* chars = reinterpret_cast<const unsigned char*>(text);
-    size_t i = 0;
-    for (; i + 8 <= size; i += 8, out += 6) {
-        const uint32_t first = DecodeGroup(chars + i);
-        const uint32_t second = DecodeGroup(chars + i + 4);
-        if (((first | second) & kInvalid) != 0) break;
-        std::memcpy(out, &first, sizeof(first));
-        std::memcpy(out + 3, &second, sizeof(second));
+    const auto* const end = chars + size;
+    // Four groups a step; a step with a character outside the alphabet is left to the loop
+    // below.
+    for (size_t steps = size / 16; steps != 0; --steps, chars += 16, out += 12) {
+        const uint32_t group0 = DecodeGroup(chars);
+        const uint32_t group1 = DecodeGroup(chars + 4);
+        const uint32_t group2 = DecodeGroup(chars + 8);
+        const uint32_t group3 = DecodeGroup(chars + 12);
+        if (((group0 | group1 | group2 | group3) & kInvalid) != 0) break;
+        std::memcpy(out, &group0, sizeof(group0));
+        std::memcpy(out + 3, &group1, sizeof(group1));
+        std::memcpy(out + 6, &group2, sizeof(group2));
+        std::memcpy(out + 9, &group3, sizeof(group3));
     }
+    size = static_cast<size_t>(end - chars);
     // The rest one character at a time, up to the first "=" or foreign character.
     uint32_t group = 0;
     size_t pending = 0;
-    for (; i < size; ++i) {
+    for (size_t i = 0; i < size; ++i) {
         const int value = ValueOf(chars[i]);
         if (value < 0) break;
         group = (group << 6) | static_cast<uint32_t>(value);

@@ -27,7 +27,8 @@ class FilePages {
     explicit FilePages(size_t size) : m_size(size) {
         void* pages =
             mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (pages != MAP_FAILED) {
+        m_mapped = pages != MAP_FAILED;
+        if (m_mapped) {
             m_data = static_cast<char*>(pages);
         } else {
             m_fallback.resize(size);
@@ -35,7 +36,7 @@ class FilePages {
         }
     }
     ~FilePages() {
-        if (m_fallback.empty()) munmap(m_data, m_size);
+        if (m_mapped) munmap(m_data, m_size);
     }
     FilePages(const FilePages&) = delete;
     FilePages& operator=(const FilePages&) = delete;
@@ -45,7 +46,7 @@ class FilePages {
     /// Gives back the whole pages before cursor; their bytes read as zeros from then on.
     void ReleaseBefore(const char* cursor) {
         static const size_t pageSize = static_cast<size_t>(sysconf(_SC_PAGESIZE));
-        if (!m_fallback.empty()) return;
+        if (!m_mapped) return;
         const size_t whole = static_cast<size_t>(cursor - m_data) / pageSize * pageSize;
         if (whole <= m_released) return;
         madvise(m_data + m_released, whole - m_released, MADV_DONTNEED);
@@ -54,6 +55,7 @@ class FilePages {
 
   private:
     size_t m_size;
+    bool m_mapped = false;
     char* m_data = nullptr;
     std::vector<char> m_fallback;
     size_t m_released = 0;

@@ -129,11 +129,11 @@ TEST(ConfigChecker, PresetsThatTheControlsNameMustBeInThePresetFile) {
 }
 
 TEST(ConfigChecker, UnreadableFilesAreToolErrors) {
-    EXPECT_EQ(test::RunZbctl("check-config /nonexistent/zbctl.ini").status, 2);
+    EXPECT_EQ(test::RunZbctl("check-config /nonexistent/zbctl.ini").status, 1);
     test::TempDir dir;
     const std::string ini = dir.Write("a.ini", "[HAL_SUPPORTED_FEATURES]\nX=1\n");
     const std::string zps = dir.Write("a.zps", "BPB");
-    EXPECT_EQ(test::RunZbctl("check-config " + ini + " --presets " + zps).status, 2);
+    EXPECT_EQ(test::RunZbctl("check-config " + ini + " --presets " + zps).status, 1);
     // A file of no section at all is no error.
     EXPECT_EQ(test::RunZbctl("check-config " + dir.Write("empty.ini", "")).status, 0);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <stdlib.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,21 +15,30 @@ namespace test {
 
 struct CommandResult {
     int status = -1;
-    std::string out;  ///< standard output only
+    std::string out;  ///< standard output
+    std::string err;  ///< standard error
 };
 
-/// Runs zbctl with the given arguments (a shell word list); standard error goes to a file so
-/// that only the trace or report is compared.
-inline CommandResult RunZbctl(const std::string& arguments) {
+/// Runs zbctl through the shell with the given arguments (a shell word list, which may end with
+/// a redirection of standard input), after the shell commands of setup ("ulimit -f 8; ").
+inline CommandResult RunZbctl(const std::string& arguments, const std::string& setup = "") {
     CommandResult result;
-    const std::string command = std::string(ZBCTL_BINARY) + " " + arguments + " 2>/dev/null";
+    char errPath[] = "/tmp/zbctl-stderr-XXXXXX";
+    const int fd = mkstemp(errPath);
+    if (fd < 0) return result;
+    close(fd);
+    const std::string command =
+        setup + std::string(ZBCTL_BINARY) + " " + arguments + " 2>" + errPath;
     FILE* pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr) return result;
-    char buffer[4096];
-    size_t read;
-    while ((read = fread(buffer, 1, sizeof(buffer), pipe)) > 0) result.out.append(buffer, read);
-    const int status = pclose(pipe);
-    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    if (pipe != nullptr) {
+        char buffer[4096];
+        size_t read;
+        while ((read = fread(buffer, 1, sizeof(buffer), pipe)) > 0) result.out.append(buffer, read);
+        const int status = pclose(pipe);
+        result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+    result.err = TesselFX::test::ReadFile(errPath);
+    unlink(errPath);
     return result;
 }
 

@@ -102,9 +102,9 @@ std::string ScenarioRunner::PrepareConfig() {
         m_channels = static_cast<uint32_t>(config.GetAudioFormatChannels());
         m_sampleSize = static_cast<uint32_t>(config.GetAudioFormatSampleSize());
     }
-    if (m_options.dspKit.empty()) throw ZbctlError("no DSP library: give --dspkit");
+    if (m_options.dspKit.empty()) throw UsageError("no DSP library: give --dspkit");
     if (m_options.dspKit.find_first_of(" \t\r\n\v\f") != std::string::npos) {
-        throw ZbctlError("the DSP library path must not hold white space: " + m_options.dspKit);
+        throw UsageError("the DSP library path must not hold white space: " + m_options.dspKit);
     }
     const char* directory = std::getenv("TMPDIR");
     std::string path =
@@ -347,10 +347,7 @@ void ScenarioRunner::Render() {
 int ScenarioRunner::Run() {
     const std::vector<ScenarioStep> steps =
         ParseScenario(ReadText(m_options.scenario, "scenario"), m_options.scenario);
-    if (!m_options.input.empty()) {
-        if (m_options.output.empty()) throw ZbctlError("--input needs --output");
-        m_input = ReadWav(m_options.input);
-    }
+    if (!m_options.input.empty()) m_input = ReadWav(m_options.input);
     m_json["library"] = m_options.halLibrary;
     m_json["dspkit"] = m_options.dspKit;
     m_json["config"] = m_options.config;
@@ -394,7 +391,7 @@ int ScenarioRunner::Run() {
             "zb_initialize failed: the library refused the presets, the configuration or the DSP "
             "library; its log (on stderr) tells why");
         if (m_options.json) m_out << m_json.dump(2) << "\n";
-        return kExitInitializeFailed;
+        return kExitFailure;
     }
     std::set<uint32_t> instances{0};
     for (const ScenarioStep& step : steps) instances.insert(step.instance);

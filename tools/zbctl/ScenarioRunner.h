@@ -25,13 +25,10 @@ struct RunOptions {
     std::string dspKit;       ///< the algorithm library of both the library and the DSP side
     std::string scenario;     ///< scenario file
     bool json = false;
-    std::string input;  ///< WAV to render after each step; empty for none
-    std::string output;
+    std::string input;   ///< WAV to render after each step; empty for none
+    std::string output;  ///< given with input only
     uint32_t renderInstance = 0;
 };
-
-/// Exit status of a run whose zb_initialize returned 0.
-constexpr int kExitInitializeFailed = 3;
 
 /// Plays a scenario against the library through its exported functions, as a host does, with
 /// a simulated DSP per instance behind buffer_sender, and writes a trace to out: every call
@@ -45,8 +42,9 @@ class ScenarioRunner {
     ScenarioRunner(const ScenarioRunner&) = delete;
     ScenarioRunner& operator=(const ScenarioRunner&) = delete;
 
-    /// Runs the whole scenario and returns the exit status: 0, or kExitInitializeFailed.
-    /// Throws ZbctlError for bad input (files, scenario lines) before the library is called.
+    /// Runs the whole scenario and returns the exit status: kExitSuccess, or kExitFailure
+    /// when zb_initialize returned 0. Throws ZbctlError for bad input (files, scenario lines)
+    /// before the library is called, UsageError for options that cannot work.
     int Run();
 
   private:

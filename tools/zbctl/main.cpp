@@ -1,24 +1,37 @@
 // zbctl: try libzbhalcontroller on a desk machine. See `zbctl --help`.
+//
+// Every command exits with kExitSuccess, kExitFailure or kExitUsage (ZbctlError.h) and shows
+// only the error lines of the library's log unless -v is given (anywhere on the line). A new
+// command adds itself in an Add...Command function; one that sets the library up as `run`
+// does takes AddSetupOptions.
 #include <CLI/CLI.hpp>
 #include <fstream>
+#include <functional>
 #include <iostream>
-#include <sstream>
+#include <memory>
 
 #include "ConfigChecker.h"
+#include "LibraryLog.h"
 #include "MessageCatalog.h"
+#include "Printable.h"
 #include "ScenarioRunner.h"
 #include "WavFile.h"
 #include "ZbctlError.h"
 #include "ZpsBinary.h"
 #include "ZpsJson.h"
 #include "ZpsText.h"
-#include "log/TesselLog.h"
 #include "protocol/Base64.h"
 #include "protocol/ZbAocTuningProtocol.h"
 
 namespace {
 
 using namespace TesselFX::zbctl;
+
+/// A subcommand that does work, and the work; the work returns the exit status or throws.
+struct Command {
+    CLI::App* app;
+    std::function<int()> run;
+};
 
 std::vector<char> ReadBytes(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
@@ -48,7 +61,7 @@ int ZpsBuild(const std::string& source, const std::string& target) {
         throw ZbctlError(source + ": " + e.what());
     }
     WriteBytes(target, bytes);
-    return 0;
+    return kExitSuccess;
 }
 
 int ZpsDump(const std::string& path, bool json) {
@@ -70,7 +83,7 @@ int ZpsDump(const std::string& path, bool json) {
     } else {
         PrintZps(std::cout, document);
     }
-    return 0;
+    return kExitSuccess;
 }
 
 int CheckConfig(const std::string& path, const std::string& presets) {
@@ -87,20 +100,24 @@ int CheckConfig(const std::string& path, const std::string& presets) {
         checker.CheckPresets(document, presets);
     }
     checker.Print(std::cout);
-    return checker.HasErrors() ? 1 : 0;
+    return checker.HasErrors() ? kExitFailure : kExitSuccess;
 }
 
 int MsgEncode(const std::vector<std::string>& words, bool wrap, uint32_t instance) {
-    if (words.empty()) throw ZbctlError("msg encode needs a message name");
-    const std::vector<char> frame =
-        MessageCatalog::Encode(words[0], std::vector<std::string>(words.begin() + 1, words.end()));
+    std::vector<char> frame;
+    try {
+        frame = MessageCatalog::Encode(words[0],
+                                       std::vector<std::string>(words.begin() + 1, words.end()));
+    } catch (const ZbctlError& e) {
+        throw UsageError(e.what());  // the fields are words of the command line
+    }
     if (!wrap) {
         std::cout << TesselFX::Base64::Encode(frame) << "\n";
     } else {
         const std::vector<char> text = TesselFX::ZbAocTuningProtocol::WrapBase64(instance, frame);
         std::cout << std::string(text.begin(), text.end()) << "\n";
     }
-    return 0;
+    return kExitSuccess;
 }
 
 int MsgDecode(const std::string& text) {
@@ -108,7 +125,185 @@ int MsgDecode(const std::string& text) {
     const std::vector<char> frame = MessageCatalog::FrameOfText(text, instance);
     if (!instance.empty()) std::cout << "instance " << instance << ": ";
     std::cout << MessageCatalog::Describe(frame, MessageDirection::kAny) << "\n";
-    return 0;
+    return kExitSuccess;
+}
+
+struct ToneOptions {
+    std::string path;
+    double seconds = 0.5;
+    uint32_t rate = 48000;
+    uint32_t channels = 2;
+};
+
+/// The options that set the library up: the library, its configuration, presets and DSP
+/// library, and the scenario to play; their defaults are the bundled example.
+void AddSetupOptions(CLI::App& command, RunOptions& options) {
+    options.halLibrary = ZBCTL_HAL_LIBRARY;
+    options.config = ZBCTL_EXAMPLES_DIR "/example.ini";
+    options.systemPresets = ZBCTL_BUILD_EXAMPLES_DIR "/example_system.zps";
+    options.dspKit = ZBCTL_DSPKIT_LIBRARY;
+    options.scenario = ZBCTL_EXAMPLES_DIR "/default.scenario";
+    command.add_option("--config", options.config, "Configuration INI")->capture_default_str();
+    command.add_option("--system-presets", options.systemPresets, "System preset file (.zps)")
+        ->capture_default_str();
+    command.add_option("--user-presets", options.userPresets, "User preset file (.zps)");
+    command
+        .add_option("--dspkit", options.dspKit,
+                    "DSP algorithm library, for the library and the DSP side")
+        ->capture_default_str();
+    command.add_option("--scenario", options.scenario, "Scenario, one call per line")
+        ->capture_default_str();
+    command.add_option("--library", options.halLibrary, "The control library")
+        ->capture_default_str();
+}
+
+void AddRunCommand(CLI::App& app, std::vector<Command>& commands) {
+    auto options = std::make_shared<RunOptions>();
+    CLI::App* run = app.add_subcommand(
+        "run",
+        "Load libzbhalcontroller.so with dlopen and play a scenario against it, with a "
+        "simulated DSP behind buffer_sender; prints a trace of calls, frames and notifications");
+    AddSetupOptions(*run, *options);
+    run->add_flag("--json", options->json, "Print the trace as JSON");
+    CLI::Option* input =
+        run->add_option("--input", options->input, "WAV to render through the DSP after each step");
+    CLI::Option* output = run->add_option("--output", options->output,
+                                          "WAV of the rendered steps, one input length each");
+    input->needs(output);
+    output->needs(input);
+    run->add_option("--render-instance", options->renderInstance,
+                    "Instance whose DSP renders the audio")
+        ->capture_default_str();
+    commands.push_back({run, [options] { return ScenarioRunner(*options, std::cout).Run(); }});
+}
+
+void AddZpsCommands(CLI::App& app, std::vector<Command>& commands) {
+    CLI::App* zps = app.add_subcommand("zps", "Build and show preset files");
+    zps->require_subcommand(1);
+
+    auto build = std::make_shared<std::pair<std::string, std::string>>();
+    CLI::App* buildCommand =
+        zps->add_subcommand("build", "Compile a JSON description of presets into a preset file");
+    buildCommand->add_option("SRC", build->first, "JSON description")->required();
+    buildCommand->add_option("OUT", build->second, "Preset file to write")->required();
+    commands.push_back({buildCommand, [build] { return ZpsBuild(build->first, build->second); }});
+
+    auto dump = std::make_shared<std::pair<std::string, bool>>("", false);
+    CLI::App* dumpCommand = zps->add_subcommand("dump", "Show a preset file");
+    dumpCommand->add_option("FILE", dump->first, "Preset file")->required();
+    dumpCommand->add_flag("--json", dump->second, "Show it as the JSON that zps build takes");
+    commands.push_back({dumpCommand, [dump] { return ZpsDump(dump->first, dump->second); }});
+}
+
+void AddCheckConfigCommand(CLI::App& app, std::vector<Command>& commands) {
+    auto paths = std::make_shared<std::pair<std::string, std::string>>();
+    CLI::App* check = app.add_subcommand(
+        "check-config",
+        "Parse a configuration with the library's parsers; exits 1 when a line is refused");
+    check->add_option("INI", paths->first, "Configuration")->required();
+    check->add_option("--presets", paths->second,
+                      "System preset file whose presets the controls must find");
+    commands.push_back({check, [paths] { return CheckConfig(paths->first, paths->second); }});
+}
+
+void AddToneCommand(CLI::App& app, std::vector<Command>& commands) {
+    auto options = std::make_shared<ToneOptions>();
+    CLI::App* tone =
+        app.add_subcommand("tone", "Write a test signal WAV (tones at 110 Hz, 1 kHz and 6 kHz)");
+    tone->add_option("OUT", options->path, "WAV file to write")->required();
+    tone->add_option("--seconds", options->seconds, "Length")->capture_default_str();
+    tone->add_option("--rate", options->rate, "Sample rate")->capture_default_str();
+    tone->add_option("--channels", options->channels, "Channels")
+        ->capture_default_str()
+        ->check(CLI::Range(1, 8));
+    commands.push_back({tone, [options] {
+                            WriteWav(options->path, MakeTestSignal(options->rate, options->channels,
+                                                                   options->seconds));
+                            return kExitSuccess;
+                        }});
+}
+
+void AddMsgCommands(CLI::App& app, std::vector<Command>& commands) {
+    CLI::App* msg = app.add_subcommand(
+        "msg", "Write and read the base64 text of tuning messages; the messages and fields:\n" +
+                   MessageCatalog::UsageList());
+    msg->require_subcommand(1);
+
+    struct EncodeOptions {
+        std::vector<std::string> words;
+        uint32_t instance = 0;
+        CLI::Option* envelope = nullptr;
+    };
+    auto encode = std::make_shared<EncodeOptions>();
+    CLI::App* encodeCommand = msg->add_subcommand(
+        "encode", "Print the base64 text of a message given by name and fields");
+    encodeCommand->add_option("MESSAGE", encode->words, "Message name, then its fields")
+        ->required();
+    encode->envelope = encodeCommand->add_option(
+        "--envelope", encode->instance,
+        "Wrap the text in the envelope of notifications, for this instance");
+    commands.push_back({encodeCommand, [encode] {
+                            return MsgEncode(encode->words, encode->envelope->count() > 0,
+                                             encode->instance);
+                        }});
+
+    auto text = std::make_shared<std::string>();
+    CLI::App* decodeCommand = msg->add_subcommand(
+        "decode", "Print a command, reply or notification text (with or without its envelope)");
+    decodeCommand->add_option("TEXT", *text, "base64 text, or the whole notification text")
+        ->required();
+    commands.push_back({decodeCommand, [text] { return MsgDecode(*text); }});
+}
+
+// The names of the subcommands of a command, for messages.
+std::string SubcommandNames(const CLI::App& command) {
+    std::string names;
+    for (const CLI::App* sub : command.get_subcommands([](const CLI::App*) { return true; }))
+        names += (names.empty() ? "" : ", ") + sub->get_name();
+    return names;
+}
+
+// The fault of a command line that lacks a subcommand or names an unknown one where one is due
+// ("unknown subcommand "x" of zps; its subcommands: build, dump"); empty when the subcommands
+// are right.
+std::string SubcommandFault(const CLI::App& app, int argc, char** argv) {
+    const CLI::App* level = &app;
+    std::string name;
+    for (int i = 1; i < argc && !SubcommandNames(*level).empty(); ++i) {
+        const std::string word = argv[i];
+        if (word.compare(0, 1, "-") == 0) continue;
+        const CLI::App* next = nullptr;
+        for (const CLI::App* sub : level->get_subcommands([](const CLI::App*) { return true; })) {
+            if (sub->check_name(word)) next = sub;
+        }
+        if (next == nullptr) {
+            return "unknown subcommand \"" + word + "\"" + (name.empty() ? "" : " of " + name) +
+                   "; the subcommands are " + SubcommandNames(*level);
+        }
+        level = next;
+        name += (name.empty() ? "" : " ") + word;
+    }
+    if (SubcommandNames(*level).empty()) return "";
+    return (name.empty() ? "a subcommand is needed" : name + " needs a subcommand") + ": " +
+           SubcommandNames(*level);
+}
+
+int Execute(const std::vector<Command>& commands) {
+    try {
+        for (const Command& command : commands) {
+            if (command.app->parsed()) return command.run();
+        }
+    } catch (const UsageError& e) {
+        std::cerr << "zbctl: " << Printable(e.what()) << "\n";
+        return kExitUsage;
+    } catch (const ZbctlError& e) {
+        std::cerr << "zbctl: " << Printable(e.what()) << "\n";
+        return kExitFailure;
+    } catch (const std::exception& e) {
+        std::cerr << "zbctl: unexpected failure: " << Printable(e.what()) << "\n";
+        return kExitFailure;
+    }
+    return kExitUsage;  // not reached: the parser requires a subcommand
 }
 
 }  // namespace
@@ -116,118 +311,30 @@ int MsgDecode(const std::string& text) {
 int main(int argc, char** argv) {
     CLI::App app{"zbctl: try libzbhalcontroller on a desk machine"};
     app.require_subcommand(1);
+    // Options of zbctl itself are taken after a subcommand too: zbctl run -v.
+    app.fallthrough();
     bool verbose = false;
     app.add_flag("-v,--verbose", verbose,
-                 "Show the log of the library code that zbctl itself links");
+                 "Show all of the library's log; by default only its errors are shown, and the "
+                 "number of the other lines");
+    std::vector<Command> commands;
+    AddRunCommand(app, commands);
+    AddZpsCommands(app, commands);
+    AddCheckConfigCommand(app, commands);
+    AddToneCommand(app, commands);
+    AddMsgCommands(app, commands);
 
-    RunOptions run;
-    run.halLibrary = ZBCTL_HAL_LIBRARY;
-    run.config = ZBCTL_EXAMPLES_DIR "/example.ini";
-    run.systemPresets = ZBCTL_BUILD_EXAMPLES_DIR "/example_system.zps";
-    run.dspKit = ZBCTL_DSPKIT_LIBRARY;
-    run.scenario = ZBCTL_EXAMPLES_DIR "/default.scenario";
-    CLI::App* runCommand = app.add_subcommand(
-        "run",
-        "Load libzbhalcontroller.so with dlopen and play a scenario against it, with a "
-        "simulated DSP behind buffer_sender; prints a trace of calls, frames and notifications");
-    runCommand->add_option("--config", run.config, "Configuration INI")->capture_default_str();
-    runCommand->add_option("--system-presets", run.systemPresets, "System preset file (.zps)")
-        ->capture_default_str();
-    runCommand->add_option("--user-presets", run.userPresets, "User preset file (.zps)");
-    runCommand
-        ->add_option("--dspkit", run.dspKit,
-                     "DSP algorithm library, for the library and the DSP side")
-        ->capture_default_str();
-    runCommand->add_option("--scenario", run.scenario, "Scenario, one call per line")
-        ->capture_default_str();
-    runCommand->add_option("--library", run.halLibrary, "The control library")
-        ->capture_default_str();
-    runCommand->add_flag("--json", run.json, "Print the trace as JSON");
-    runCommand->add_option("--input", run.input, "WAV to render through the DSP after each step");
-    runCommand->add_option("--output", run.output,
-                           "WAV of the rendered steps, one input length each");
-    runCommand
-        ->add_option("--render-instance", run.renderInstance,
-                     "Instance whose DSP renders the audio")
-        ->capture_default_str();
-
-    CLI::App* zps = app.add_subcommand("zps", "Build and show preset files");
-    zps->require_subcommand(1);
-    std::string zpsSource;
-    std::string zpsTarget;
-    CLI::App* zpsBuild =
-        zps->add_subcommand("build", "Compile a JSON description of presets into a preset file");
-    zpsBuild->add_option("SRC", zpsSource, "JSON description")->required();
-    zpsBuild->add_option("OUT", zpsTarget, "Preset file to write")->required();
-    std::string zpsFile;
-    bool zpsJson = false;
-    CLI::App* zpsDump = zps->add_subcommand("dump", "Show a preset file");
-    zpsDump->add_option("FILE", zpsFile, "Preset file")->required();
-    zpsDump->add_flag("--json", zpsJson, "Show it as the JSON that zps build takes");
-
-    std::string configPath;
-    std::string configPresets;
-    CLI::App* check = app.add_subcommand(
-        "check-config",
-        "Parse a configuration with the library's parsers; exits 1 when a line is refused");
-    check->add_option("INI", configPath, "Configuration")->required();
-    check->add_option("--presets", configPresets,
-                      "System preset file whose presets the controls must find");
-
-    std::string tonePath;
-    double toneSeconds = 0.5;
-    uint32_t toneRate = 48000;
-    uint32_t toneChannels = 2;
-    CLI::App* tone =
-        app.add_subcommand("tone", "Write a test signal WAV (tones at 110 Hz, 1 kHz and 6 kHz)");
-    tone->add_option("OUT", tonePath, "WAV file to write")->required();
-    tone->add_option("--seconds", toneSeconds, "Length")->capture_default_str();
-    tone->add_option("--rate", toneRate, "Sample rate")->capture_default_str();
-    tone->add_option("--channels", toneChannels, "Channels")
-        ->capture_default_str()
-        ->check(CLI::Range(1, 8));
-
-    CLI::App* msg = app.add_subcommand(
-        "msg", "Write and read the base64 text of tuning messages; the messages and fields:\n" +
-                   MessageCatalog::UsageList());
-    msg->require_subcommand(1);
-    std::vector<std::string> msgWords;
-    uint32_t msgInstance = 0;
-    CLI::App* msgEncode = msg->add_subcommand(
-        "encode", "Print the base64 text of a message given by name and fields");
-    msgEncode->add_option("MESSAGE", msgWords, "Message name, then its fields")->required();
-    CLI::Option* msgEnvelope =
-        msgEncode->add_option("--envelope", msgInstance,
-                              "Wrap the text in the envelope of notifications, for this instance");
-    std::string msgText;
-    CLI::App* msgDecode = msg->add_subcommand(
-        "decode", "Print a command, reply or notification text (with or without its envelope)");
-    msgDecode->add_option("TEXT", msgText, "base64 text, or the whole notification text")
-        ->required();
-
-    CLI11_PARSE(app, argc, argv);
-
-    if (!verbose) {
-        TesselFX::TesselLog::Get().WaitForInit();
-        TesselFX::TesselLog::Get().SetLogOutput("ANDROID_LOG", false);
-    }
     try {
-        if (*runCommand) return ScenarioRunner(run, std::cout).Run();
-        if (*zpsBuild) return ZpsBuild(zpsSource, zpsTarget);
-        if (*zpsDump) return ZpsDump(zpsFile, zpsJson);
-        if (*msgEncode) return MsgEncode(msgWords, msgEnvelope->count() > 0, msgInstance);
-        if (*msgDecode) return MsgDecode(msgText);
-        if (*check) return CheckConfig(configPath, configPresets);
-        if (*tone) {
-            WriteWav(tonePath, MakeTestSignal(toneRate, toneChannels, toneSeconds));
-            return 0;
-        }
-    } catch (const ZbctlError& e) {
-        std::cerr << "zbctl: " << e.what() << "\n";
-        return 2;
-    } catch (const std::exception& e) {
-        std::cerr << "zbctl: unexpected failure: " << e.what() << "\n";
-        return 2;
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& e) {
+        if (e.get_exit_code() == 0) return app.exit(e);  // --help
+        const std::string fault = SubcommandFault(app, argc, argv);
+        std::cerr << "zbctl: " << Printable(fault.empty() ? e.what() : fault)
+                  << "\nzbctl --help, or --help after a subcommand, shows the options\n";
+        return kExitUsage;
     }
-    return 0;
+    RouteLibraryLog(verbose);
+    const int status = Execute(commands);
+    PrintHeldBackLog(std::cerr);
+    return status;
 }

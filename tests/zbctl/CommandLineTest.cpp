@@ -83,11 +83,29 @@ TEST_F(CommandLine, EveryFaultHasItsExitStatusAndMessage) {
          "zbctl: The following argument was not expected: --bogus\n" + kUsageHint},
         {"run --output {dir}/o.wav", 2, "zbctl: --output requires --input\n" + kUsageHint},
         {"run --input {dir}/in.wav", 2, "zbctl: --input requires --output\n" + kUsageHint},
+        {"run --input " + kExampleInput + " --output {dir}/in.wav", 2,
+         "zbctl: the output {dir}/in.wav is the input " + kExampleInput +
+             ": writing it would destroy what is read\n"},
         {"run --dspkit ''", 2, "zbctl: no DSP library: give --dspkit\n"},
         {"run --dspkit '/a b.so'", 2,
          "zbctl: the DSP library path must not hold white space: /a b.so\n"},
+        {"zps build {dir}/p.json {dir}/p.json", 2,
+         "zbctl: the output {dir}/p.json is the input {dir}/p.json: writing it would destroy "
+         "what is read\n"},
+        {"zps build {dir}/p.json {dir}/link.json", 2,
+         "zbctl: the output {dir}/link.json is the input {dir}/p.json: writing it would destroy "
+         "what is read\n"},
         {"tone {dir}/t.wav --channels 0", 2,
          "zbctl: --channels: Value 0 not in range 1 to 8\n" + kUsageHint},
+        {"tone {dir}/t.wav --rate 7999", 2,
+         "zbctl: --rate: Value 7999 not in range 8000 to 384000\n" + kUsageHint},
+        {"tone {dir}/t.wav --seconds 0", 2,
+         "zbctl: --seconds 0 is out of range: from 0.001 to 86400\n"},
+        {"tone {dir}/t.wav --seconds nan", 2,
+         "zbctl: --seconds nan is out of range: from 0.001 to 86400\n"},
+        {"tone {dir}/t.wav --seconds 3600 --rate 384000", 2,
+         "zbctl: --seconds 3600 at --rate 384000 on 2 channels makes 11059200000 bytes of "
+         "samples; a WAV file holds 4 GiB\n"},
         {"msg encode --envelope x GetParameter 1", 2,
          "zbctl: Could not convert: --envelope = x\n" + kUsageHint},
         {"msg encode SetParameter 131", 2, "zbctl: too few fields; usage: SetParameter ID VALUE\n"},
@@ -107,6 +125,13 @@ TEST_F(CommandLine, EveryFaultHasItsExitStatusAndMessage) {
              "zb_set_parameter zb_set_parameters_array zb_set_command zb_get_command "
              "zb_set_linklaws_value zb_wait_for_flush zb_flush zb_register_notifier zb_set_data "
              "zb_get_version zb_on_dsp_wakeup zb_is_feature_supported\n"},
+        {"zps build /nonexistent.json {dir}/x.zps", 1,
+         "zbctl: cannot read /nonexistent.json: No such file or directory\n"},
+        {"zps build {dir}/p.json /dev/full", 1,
+         "zbctl: cannot write /dev/full: No space left on device\n"},
+        {"zps build {dir}/p.json {dir}", 1, "zbctl: cannot write {dir}: Is a directory\n"},
+        {"zps build {dir}/p.json /nonexistent/x.zps", 1,
+         "zbctl: cannot write /nonexistent/x.zps: No such file or directory\n"},
         {"zps build {dir}/bad.json {dir}/x.zps", 1,
          "zbctl: {dir}/bad.json: presets[0]: \"sound_mode\" is missing\n"},
         // The library's own reasons come first, as it logs them.
@@ -141,6 +166,69 @@ TEST_F(CommandLine, TheLibrarysLogIsHeldBackUnlessVerbose) {
             << verbose.err;
         EXPECT_EQ(verbose.err.find("held back"), std::string::npos);
     }
+}
+
+TEST_F(CommandLine, OutputsAreWrittenWholeOrNotAtAll) {
+    std::string parameters;
+    for (int id = 0; id < 4000; ++id)
+        parameters += (id ? ", \"" : "\"") + std::to_string(id) + "\": 1";
+    m_dir.Write("big.json", R"({"presets": [{"output_mode": 1, "sound_mode": 1, "name": "P",
+                                "parameters": {)" +
+                                parameters + R"(}},
+                               {"output_mode": 2, "sound_mode": 1, "name": "Q",
+                                "parameters": {)" +
+                                parameters + "}}]}");
+    const std::string scenario = m_dir.Write("s.scenario", "set_volume 0.5\n");
+    // Each command writes more than the 32 KiB (or 64 KiB) that the file size limit lets
+    // through: 64 blocks of the shell.
+    for (const std::string& command : std::vector<std::string>{
+             "tone {dir}/out/file", "zps build {dir}/big.json {dir}/out/file",
+             "run --library " + std::string(ZBCTL_FAKE_HAL) + " --scenario " + scenario +
+                 " --input " + kExampleInput + " --output {dir}/out/file"}) {
+        std::filesystem::create_directory(m_dir.Path("out"));
+        const std::string target = m_dir.Write("out/file", "previous");
+        chmod(target.c_str(), 0640);
+        const test::CommandResult cut =
+            test::RunZbctl(Expand(command, m_root), "ulimit -f 64; trap '' XFSZ; ");
+        EXPECT_EQ(cut.status, 1) << command;
+        EXPECT_EQ(cut.err, "zbctl: cannot write " + target + ": File too large\n") << command;
+        EXPECT_EQ(test::ReadFile(target), "previous") << command;
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(m_dir.Path("out")), {}), 1)
+            << command << ": the temporary file is left behind";
+
+        EXPECT_EQ(test::RunZbctl(Expand(command, m_root)).status, 0) << command;
+        EXPECT_NE(test::ReadFile(target), "previous") << command;
+        struct stat status {};
+        stat(target.c_str(), &status);
+        EXPECT_EQ(status.st_mode & 07777, 0640u) << command;  // the file keeps its permissions
+        std::filesystem::remove_all(m_dir.Path("out"));
+    }
+    // The copy of the configuration that run gives the library is checked as well.
+    const test::CommandResult config =
+        test::RunZbctl("run --library " + std::string(ZBCTL_FAKE_HAL) + " --scenario " + scenario,
+                       "ulimit -f 1; trap '' XFSZ; ");
+    EXPECT_EQ(config.status, 1);
+    const std::string name = config.err.substr(0, config.err.find(": File too large\n"));
+    EXPECT_EQ(config.err, name + ": File too large\n");
+    EXPECT_EQ(name.rfind("zbctl: cannot write /"), 0u);
+    EXPECT_NE(name.find("/zbctl-config-"), std::string::npos) << config.err;
+}
+
+TEST_F(CommandLine, ToneWritesTheSameBytesEveryTime) {
+    // 8 frames at 8000 Hz, mono 32-bit float, faded in and out: the first and last samples are 0.
+    const std::string header = std::string("RIFF\x68\0\0\0WAVEfmt \x10\0\0\0\x03\0\x01\0", 24) +
+                               std::string("\x40\x1f\0\0\0\x7d\0\0\x04\0\x20\0", 12) +
+                               std::string("fact\x04\0\0\0\x08\0\0\0PAD \x10\0\0\0", 20) +
+                               std::string(16, '\0') + std::string("data\x20\0\0\0\0\0\0\0", 12);
+    const std::string command =
+        "tone " + m_dir.Path("t.wav") + " --seconds 0.001 --rate 8000 --channels 1";
+    ASSERT_EQ(test::RunZbctl(command).status, 0);
+    const std::string first = test::ReadFile(m_dir.Path("t.wav"));
+    ASSERT_EQ(first.size(), 112u);
+    EXPECT_EQ(first.substr(0, header.size()), header);
+    EXPECT_EQ(first.substr(108), std::string(4, '\0'));
+    ASSERT_EQ(test::RunZbctl(command).status, 0);
+    EXPECT_EQ(test::ReadFile(m_dir.Path("t.wav")), first);
 }
 
 }  // namespace

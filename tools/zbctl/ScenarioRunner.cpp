@@ -5,10 +5,9 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <set>
-#include <sstream>
 
+#include "FileAccess.h"
 #include "LogRecorder.h"
 #include "MessageCatalog.h"
 #include "ZbctlError.h"
@@ -27,11 +26,8 @@ namespace {
 constexpr uint32_t kVersionBufferSize = 256;
 
 std::string ReadText(const std::string& path, const std::string& what) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) throw ZbctlError("cannot read " + what + " " + path);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
+    const std::vector<char> bytes = ReadFileBytes(path, what);
+    return std::string(bytes.begin(), bytes.end());
 }
 
 // Printable text of a notification: control bytes as \xNN.
@@ -110,13 +106,17 @@ std::string ScenarioRunner::PrepareConfig() {
     std::string path =
         std::string(directory && *directory ? directory : "/tmp") + "/zbctl-config-XXXXXX";
     const int fd = mkstemp(path.data());
-    if (fd < 0) throw ZbctlError("cannot create a temporary configuration in " + path);
+    if (fd < 0) throw ZbctlError(WriteFailure(path));
     const std::string copy =
         text + "\n[COEFS_CONVERTER_SETTING]\nDspKitPath64=" + m_options.dspKit + "\n";
-    const bool written = write(fd, copy.data(), copy.size()) == static_cast<ssize_t>(copy.size());
-    close(fd);
     m_tempConfig = path;
-    if (!written) throw ZbctlError("cannot write the temporary configuration " + path);
+    try {
+        WriteAll(fd, copy.data(), copy.size(), path);
+    } catch (const ZbctlError&) {
+        close(fd);
+        throw;
+    }
+    close(fd);
     return path;
 }
 
@@ -347,6 +347,10 @@ void ScenarioRunner::Render() {
 int ScenarioRunner::Run() {
     const std::vector<ScenarioStep> steps =
         ParseScenario(ReadText(m_options.scenario, "scenario"), m_options.scenario);
+    RefuseOutputOverInputs(
+        m_options.output,
+        {m_options.input, m_options.config, m_options.systemPresets, m_options.userPresets,
+         m_options.scenario, m_options.dspKit, m_options.halLibrary});
     if (!m_options.input.empty()) m_input = ReadWav(m_options.input);
     m_json["library"] = m_options.halLibrary;
     m_json["dspkit"] = m_options.dspKit;

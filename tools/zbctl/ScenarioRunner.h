@@ -44,7 +44,8 @@ class ScenarioRunner {
 
     /// Runs the whole scenario and returns the exit status: kExitSuccess, or kExitFailure
     /// when zb_initialize returned 0. Throws ZbctlError for bad input (files, scenario lines)
-    /// before the library is called, UsageError for options that cannot work.
+    /// before the library is called, UsageError for options that cannot work together (an
+    /// output that is one of the inputs); the output is written whole or not at all.
     int Run();
 
   private:

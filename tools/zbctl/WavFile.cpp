@@ -3,12 +3,54 @@
 #include <sndfile.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
+#include <functional>
 
+#include "FileAccess.h"
 #include "ZbctlError.h"
 
 namespace TesselFX {
 namespace zbctl {
+
+namespace {
+
+constexpr uint64_t kBlockFrames = 1 << 14;
+
+// Writes frames of audio through WriteFileWhole; fill(first, count, samples) gives frames
+// [first, first + count) interleaved.
+void WriteFloatWav(const std::string& path, uint32_t sampleRate, uint32_t channels, uint64_t frames,
+                   const std::function<void(uint64_t, uint64_t, std::vector<float>&)>& fill) {
+    WriteFileWhole(path, [&](int fd) {
+        SF_INFO info{};
+        info.samplerate = static_cast<int>(sampleRate);
+        info.channels = static_cast<int>(channels);
+        info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
+        errno = 0;
+        SNDFILE* file = sf_open_fd(fd, SFM_WRITE, &info, SF_FALSE);
+        const auto failure = [&](SNDFILE* source) {
+            return errno != 0 ? WriteFailure(path)
+                              : "cannot write " + path + ": " + sf_strerror(source);
+        };
+        if (file == nullptr) throw ZbctlError(failure(nullptr));
+        // The peak chunk holds the time of writing; without it a file is the same each time.
+        sf_command(file, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
+        std::vector<float> block;
+        for (uint64_t first = 0; first < frames; first += kBlockFrames) {
+            const uint64_t count = std::min(kBlockFrames, frames - first);
+            fill(first, count, block);
+            if (sf_writef_float(file, block.data(), static_cast<sf_count_t>(count)) !=
+                static_cast<sf_count_t>(count)) {
+                const std::string text = failure(file);
+                sf_close(file);
+                throw ZbctlError(text);
+            }
+        }
+        if (sf_close(file) != 0) throw ZbctlError(failure(nullptr));
+    });
+}
+
+}  // namespace
 
 AudioBuffer ReadWav(const std::string& path) {
     SF_INFO info{};
@@ -26,37 +68,32 @@ AudioBuffer ReadWav(const std::string& path) {
 }
 
 void WriteWav(const std::string& path, const AudioBuffer& audio) {
-    SF_INFO info{};
-    info.samplerate = static_cast<int>(audio.sampleRate);
-    info.channels = static_cast<int>(audio.channels);
-    info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
-    SNDFILE* file = sf_open(path.c_str(), SFM_WRITE, &info);
-    if (file == nullptr)
-        throw ZbctlError("cannot write audio " + path + ": " + sf_strerror(nullptr));
-    const auto frames = static_cast<sf_count_t>(audio.Frames());
-    const sf_count_t written = sf_writef_float(file, audio.samples.data(), frames);
-    sf_close(file);
-    if (written != frames) throw ZbctlError("cannot write audio " + path + ": disk full?");
+    WriteFloatWav(path, audio.sampleRate, audio.channels, audio.Frames(),
+                  [&](uint64_t first, uint64_t count, std::vector<float>& block) {
+                      const auto begin =
+                          audio.samples.begin() + static_cast<long>(first * audio.channels);
+                      block.assign(begin, begin + static_cast<long>(count * audio.channels));
+                  });
 }
 
-AudioBuffer MakeTestSignal(uint32_t sampleRate, uint32_t channels, double seconds) {
-    AudioBuffer audio;
-    audio.sampleRate = sampleRate;
-    audio.channels = channels;
-    const size_t frames = static_cast<size_t>(std::max(0.0, seconds) * sampleRate);
+void WriteTestSignal(const std::string& path, uint32_t sampleRate, uint32_t channels,
+                     uint64_t frames) {
     const double fade = 0.01 * sampleRate;
     const double pi = std::acos(-1.0);
-    audio.samples.reserve(frames * channels);
-    for (size_t i = 0; i < frames; ++i) {
-        const double t = static_cast<double>(i) / sampleRate;
-        const double envelope = std::min({1.0, i / fade, (frames - 1 - i) / fade});
-        const double value = 0.2 * envelope *
-                             (std::sin(2 * pi * 110 * t) + std::sin(2 * pi * 1000 * t) +
-                              std::sin(2 * pi * 6000 * t));
-        for (uint32_t ch = 0; ch < channels; ++ch)
-            audio.samples.push_back(static_cast<float>(value));
-    }
-    return audio;
+    WriteFloatWav(
+        path, sampleRate, channels, frames,
+        [&](uint64_t first, uint64_t count, std::vector<float>& block) {
+            block.clear();
+            for (uint64_t i = first; i < first + count; ++i) {
+                const double t = static_cast<double>(i) / sampleRate;
+                const double envelope = std::min({1.0, static_cast<double>(i) / fade,
+                                                  static_cast<double>(frames - 1 - i) / fade});
+                const double value = 0.2 * envelope *
+                                     (std::sin(2 * pi * 110 * t) + std::sin(2 * pi * 1000 * t) +
+                                      std::sin(2 * pi * 6000 * t));
+                block.insert(block.end(), channels, static_cast<float>(value));
+            }
+        });
 }
 
 }  // namespace zbctl

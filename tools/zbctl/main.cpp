@@ -1,16 +1,17 @@
 // zbctl: try libzbhalcontroller on a desk machine. See `zbctl --help`.
 //
-// Every command exits with kExitSuccess, kExitFailure or kExitUsage (ZbctlError.h) and shows
-// only the error lines of the library's log unless -v is given (anywhere on the line). A new
-// command adds itself in an Add...Command function; one that sets the library up as `run`
-// does takes AddSetupOptions.
+// Every command exits with kExitSuccess, kExitFailure or kExitUsage (ZbctlError.h), shows
+// only the error lines of the library's log unless -v is given (anywhere on the line), and
+// writes its output files whole or not at all. A new command adds itself in an Add...Command
+// function; one that sets the library up as `run` does takes AddSetupOptions.
 #include <CLI/CLI.hpp>
-#include <fstream>
 #include <functional>
 #include <iostream>
 #include <memory>
+#include <sstream>
 
 #include "ConfigChecker.h"
+#include "FileAccess.h"
 #include "LibraryLog.h"
 #include "MessageCatalog.h"
 #include "Printable.h"
@@ -33,21 +34,9 @@ struct Command {
     std::function<int()> run;
 };
 
-std::vector<char> ReadBytes(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) throw ZbctlError("cannot read " + path);
-    return std::vector<char>(std::istreambuf_iterator<char>(file),
-                             std::istreambuf_iterator<char>());
-}
-
-void WriteBytes(const std::string& path, const std::vector<char>& bytes) {
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    if (!file) throw ZbctlError("cannot write " + path);
-}
-
 int ZpsBuild(const std::string& source, const std::string& target) {
-    const std::vector<char> text = ReadBytes(source);
+    RefuseOutputOverInputs(target, {source});
+    const std::vector<char> text = ReadFileBytes(source, "");
     nlohmann::json json;
     try {
         json = nlohmann::json::parse(text.begin(), text.end());
@@ -60,12 +49,12 @@ int ZpsBuild(const std::string& source, const std::string& target) {
     } catch (const ZbctlError& e) {
         throw ZbctlError(source + ": " + e.what());
     }
-    WriteBytes(target, bytes);
+    WriteFileWhole(target, bytes);
     return kExitSuccess;
 }
 
 int ZpsDump(const std::string& path, bool json) {
-    const std::vector<char> bytes = ReadBytes(path);
+    const std::vector<char> bytes = ReadFileBytes(path, "");
     for (const std::string& text : LibraryRefusal(bytes)) {
         std::cerr << path << ": the library's reader refuses the file: " << text << "\n";
     }
@@ -90,10 +79,11 @@ int CheckConfig(const std::string& path, const std::string& presets) {
     ConfigChecker checker(path);
     checker.Check();
     if (!presets.empty()) {
+        const std::vector<char> bytes = ReadFileBytes(presets, "presets");
         std::vector<std::string> warnings;
         ZpsDocument document;
         try {
-            document = DecodeZps(ReadBytes(presets), warnings);
+            document = DecodeZps(bytes, warnings);
         } catch (const ZbctlError& e) {
             throw ZbctlError(presets + ": " + e.what());
         }
@@ -134,6 +124,23 @@ struct ToneOptions {
     uint32_t rate = 48000;
     uint32_t channels = 2;
 };
+
+int Tone(const ToneOptions& tone) {
+    std::ostringstream seconds;
+    seconds << "--seconds " << tone.seconds;
+    if (!(tone.seconds >= 0.001 && tone.seconds <= 86400)) {
+        throw UsageError(seconds.str() + " is out of range: from 0.001 to 86400");
+    }
+    const auto frames = static_cast<uint64_t>(tone.seconds * tone.rate);
+    const uint64_t bytes = frames * tone.channels * sizeof(float);
+    if (bytes > kMaxWavDataBytes) {
+        throw UsageError(seconds.str() + " at --rate " + std::to_string(tone.rate) + " on " +
+                         std::to_string(tone.channels) + " channels makes " +
+                         std::to_string(bytes) + " bytes of samples; a WAV file holds 4 GiB");
+    }
+    WriteTestSignal(tone.path, tone.rate, tone.channels, frames);
+    return kExitSuccess;
+}
 
 /// The options that set the library up: the library, its configuration, presets and DSP
 /// library, and the scenario to play; their defaults are the bundled example.
@@ -211,16 +218,15 @@ void AddToneCommand(CLI::App& app, std::vector<Command>& commands) {
     CLI::App* tone =
         app.add_subcommand("tone", "Write a test signal WAV (tones at 110 Hz, 1 kHz and 6 kHz)");
     tone->add_option("OUT", options->path, "WAV file to write")->required();
-    tone->add_option("--seconds", options->seconds, "Length")->capture_default_str();
-    tone->add_option("--rate", options->rate, "Sample rate")->capture_default_str();
+    tone->add_option("--seconds", options->seconds, "Length, from 0.001 to 86400")
+        ->capture_default_str();
+    tone->add_option("--rate", options->rate, "Sample rate")
+        ->capture_default_str()
+        ->check(CLI::Range(8000, 384000));
     tone->add_option("--channels", options->channels, "Channels")
         ->capture_default_str()
         ->check(CLI::Range(1, 8));
-    commands.push_back({tone, [options] {
-                            WriteWav(options->path, MakeTestSignal(options->rate, options->channels,
-                                                                   options->seconds));
-                            return kExitSuccess;
-                        }});
+    commands.push_back({tone, [options] { return Tone(*options); }});
 }
 
 void AddMsgCommands(CLI::App& app, std::vector<Command>& commands) {

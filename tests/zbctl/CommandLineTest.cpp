@@ -54,6 +54,10 @@ class CommandLine : public ::testing::Test {
         m_dir.Write("nothing.zps", std::string("BPBZ\x08\0\0\0", 8));
         // A section that claims 9 bytes where 0 follow.
         m_dir.Write("past.zps", std::string("BPBZ\x0D\0\0\0\x09\0\0\0\x03", 13));
+        // An unknown section, skipped by its size counted behind the id byte as the library
+        // does, then three bytes; a total size above the real one.
+        m_dir.Write("skip.zps", std::string("BPBZ\x12\0\0\0\x02\0\0\0\x09\xAA\xBB\x03\0\0", 18));
+        m_dir.Write("long.zps", std::string("BPBZ\x09\0\0\0", 8));
         // Five empty sections of id 0, then one byte: what a file of zeros reads as.
         m_dir.Write("zeros.zps", "BPBZ" + std::string("\x22\0\0\0", 4) + std::string(26, '\0'));
     }
@@ -134,6 +138,36 @@ TEST_F(CommandLine, EveryFaultHasItsExitStatusAndMessage) {
          "zbctl: cannot write /nonexistent/x.zps: No such file or directory\n"},
         {"zps build {dir}/bad.json {dir}/x.zps", 1,
          "zbctl: {dir}/bad.json: presets[0]: \"sound_mode\" is missing\n"},
+        {"zps dump {dir}", 1, "zbctl: cannot read {dir}: Is a directory\n"},
+        {"zps dump {dir}/bad.json", 1,
+         "{dir}/bad.json: the library's reader refuses the file: read bpbz tag 0x1919951483 fail\n"
+         "zbctl: {dir}/bad.json: not a preset file: the magic \"BPBZ\" is missing\n"},
+        {"zps dump {dir}/cut.zps", 1,
+         "zbctl: {dir}/cut.zps: the file ends before its total size: the library reads it as "
+         "empty\n"},
+        {"zps dump {dir}/nothing.zps", 1,
+         "zbctl: {dir}/nothing.zps: the file holds no section: the library reads it as empty\n"},
+        {"zps dump {dir}/past.zps", 1,
+         "zbctl: {dir}/past.zps: section 3 at offset 8 reaches past the end: the library stops "
+         "reading there\n"},
+        {"zps dump {dir}/skip.zps", 1,
+         "{dir}/skip.zps: warning: unknown section 9 at offset 8 skipped\n"
+         "zbctl: {dir}/skip.zps: 3 bytes at offset 15 cannot hold a section header: the file is "
+         "cut short there\n"},
+        {"zps dump {dir}/long.zps", 1,
+         "{dir}/long.zps: the library's reader refuses the file: size in zps 9 does not match the "
+         "real size 8\n"
+         "zbctl: {dir}/long.zps: size in file 9 is larger than the real size 8\n"},
+        {"zps dump --json {dir}/zeros.zps", 1,
+         "{dir}/zeros.zps: warning: unknown section 0 at offset 8 skipped\n"
+         "{dir}/zeros.zps: warning: unknown section 0 at offset 13 skipped\n"
+         "{dir}/zeros.zps: warning: unknown section 0 at offset 18 skipped\n"
+         "{dir}/zeros.zps: warning: 2 more warnings of the kind \"unknown section\"\n"
+         "zbctl: {dir}/zeros.zps: 1 byte at offset 33 cannot hold a section header: the file is "
+         "cut short there\n"},
+        {"check-config " + std::string(ZBCTL_EXAMPLES_DIR) +
+             "/example.ini --presets {dir}/bad.json",
+         1, "zbctl: {dir}/bad.json: not a preset file: the magic \"BPBZ\" is missing\n"},
         // The library's own reasons come first, as it logs them.
         {"msg decode AAAAAA==", 1,
          "TESSEL_LOG_FXModule E invalid id 0\n"

@@ -23,17 +23,22 @@ bool IsPositionLine(const std::string& text) {
 
 class LogRecorder::Output : public TesselLogInterface {
   public:
-    Output() : TesselLogInterface("ZBCTL_RECORDER") { m_enabled = true; }
-
-    void Print(const std::string&, uint32_t, uint32_t, uint32_t level, const std::string&,
-               const std::string& text) override {
-        if (!IsPositionLine(text)) m_lines.push_back({level, text});
+    explicit Output(uint32_t level) : TesselLogInterface("ZBCTL_RECORDER"), m_level(level) {
+        m_enabled = true;
     }
 
+    // Lines logged without the tag's level check (TesselLog::Print called directly) are
+    // filtered here, so that a recorder of errors does not collect every trace line.
+    void Print(const std::string&, uint32_t, uint32_t, uint32_t level, const std::string&,
+               const std::string& text) override {
+        if (level >= m_level && !IsPositionLine(text)) m_lines.push_back({level, text});
+    }
+
+    const uint32_t m_level;
     std::vector<Line> m_lines;
 };
 
-LogRecorder::LogRecorder(uint32_t level) : m_output(std::make_shared<Output>()) {
+LogRecorder::LogRecorder(uint32_t level) : m_output(std::make_shared<Output>(level)) {
     TesselLog& log = TesselLog::Get();
     log.WaitForInit();
     for (size_t i = 0; i < kTesselLogTagCount; ++i) {

@@ -10,9 +10,10 @@
 namespace TesselFX {
 namespace zbctl {
 
-/// Collects the lines that the library code linked into zbctl logs while the recorder lives,
-/// instead of printing them: it takes output slot 1 of the process-wide logger, takes the
-/// Android output out and sets every tag to the given level. The destructor restores all.
+/// Collects the lines of the given level and above that the library code linked into zbctl
+/// logs while the recorder lives, instead of printing them (lower ones are dropped): it takes
+/// output slot 1 of the process-wide logger, takes the Android output out and sets every tag
+/// to the given level. The destructor restores all.
 /// One recorder at a time, on the thread that uses the library.
 class LogRecorder {
   public:

@@ -1,5 +1,6 @@
 #include "ZpsBinary.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "LogRecorder.h"
@@ -226,7 +227,7 @@ class ByteSource {
     const char* m_end;
 };
 
-ZpsPreset DecodePreset(ByteSource& source, std::vector<std::string>& warnings) {
+ZpsPreset DecodePreset(ByteSource& source, WarningList& warnings) {
     ZpsPreset preset;
     source.U16("preset size");
     preset.outputMode = source.U8("preset output mode");
@@ -252,9 +253,10 @@ ZpsPreset DecodePreset(ByteSource& source, std::vector<std::string>& warnings) {
                 std::vector<LinkLawEntry> entries;
                 if (!serializer.Deserialize(data.data(), static_cast<unsigned int>(data.size()),
                                             entries)) {
-                    warnings.push_back(
-                        "preset \"" + preset.name +
-                        "\": link-law chunk does not decode whole; kept as raw bytes");
+                    warnings.Add("link-law chunk", [&] {
+                        return "preset \"" + preset.name +
+                               "\": link-law chunk does not decode whole; kept as raw bytes";
+                    });
                     preset.chunks[id] = std::move(data);
                     continue;
                 }
@@ -263,8 +265,10 @@ ZpsPreset DecodePreset(ByteSource& source, std::vector<std::string>& warnings) {
                 preset.chunks[id] = std::move(data);
             }
         } else {
-            warnings.push_back("preset \"" + preset.name + "\": item " + std::to_string(id) +
-                               " of unknown type " + std::to_string(type) + " skipped");
+            warnings.Add("unknown item type", [&] {
+                return "preset \"" + preset.name + "\": item " + std::to_string(id) +
+                       " of unknown type " + std::to_string(type) + " skipped";
+            });
             if (source.Left() < size) source.Fail("item of unknown type reaches past the end");
             source.MoveTo(source.Cursor() + size);
         }
@@ -274,31 +278,47 @@ ZpsPreset DecodePreset(ByteSource& source, std::vector<std::string>& warnings) {
 
 }  // namespace
 
-ZpsDocument DecodeZps(const std::vector<char>& bytes, std::vector<std::string>& warnings) {
+ZpsDocument DecodeZps(const std::vector<char>& bytes, ZpsDecodeNotes& notes,
+                      const std::function<void(ZpsPreset&&, bool user)>& presets) {
     ZpsDocument document;
+    const auto keep = [&](ZpsPreset&& preset, bool user) {
+        if (presets) {
+            presets(std::move(preset), user);
+        } else {
+            (user ? document.user->presets : *document.systemPresets).push_back(std::move(preset));
+        }
+    };
     ByteSource source(bytes);
     if (source.Left() < 4 || source.U32("magic") != kZpsMagic) {
         throw ZbctlError("not a preset file: the magic \"BPBZ\" is missing");
     }
-    uint32_t totalSize = 0;
-    if (source.Left() >= 4) totalSize = source.U32("total size");
+    if (source.Left() < 4) {
+        notes.incomplete = "the file ends before its total size: the library reads it as empty";
+        return document;
+    }
+    const uint32_t totalSize = source.U32("total size");
     if (bytes.size() < totalSize) {
         throw ZbctlError("size in file " + std::to_string(totalSize) +
                          " is larger than the real size " + std::to_string(bytes.size()));
     }
+    WarningList& warnings = notes.warnings;
     if (bytes.size() > totalSize) {
-        warnings.push_back(std::to_string(bytes.size() - totalSize) +
-                           " bytes behind the size the file declares");
+        warnings.Add("bytes behind the declared size", [&] {
+            return std::to_string(bytes.size() - totalSize) +
+                   " bytes behind the size the file declares";
+        });
     }
+    bool anySection = false;
     while (source.Left() >= 5) {
         const uint32_t sectionSize = source.U32("section size");
         const uint8_t id = source.U8("section id");
         if (sectionSize > 0 && sectionSize - 1 > source.Left()) {
-            warnings.push_back("section " + std::to_string(id) + " at offset " +
+            notes.incomplete = "section " + std::to_string(id) + " at offset " +
                                std::to_string(source.Offset() - 5) +
-                               " reaches past the end; reading stops there");
+                               " reaches past the end: the library stops reading there";
             return document;
         }
+        anySection = true;
         switch (id) {
             case kZpsSectionInformation: {
                 ZpsInformation info;
@@ -325,7 +345,7 @@ ZpsDocument DecodeZps(const std::vector<char>& bytes, std::vector<std::string>& 
                 if (!document.systemPresets) document.systemPresets.emplace();
                 const uint16_t count = source.U16("preset count");
                 for (uint16_t i = 0; i < count; ++i) {
-                    document.systemPresets->push_back(DecodePreset(source, warnings));
+                    keep(DecodePreset(source, warnings), false);
                 }
                 break;
             }
@@ -342,32 +362,73 @@ ZpsDocument DecodeZps(const std::vector<char>& bytes, std::vector<std::string>& 
                 }
                 const uint16_t presetCount = source.U16("user preset count");
                 for (uint16_t i = 0; i < presetCount; ++i) {
-                    document.user->presets.push_back(DecodePreset(source, warnings));
+                    keep(DecodePreset(source, warnings), true);
                 }
                 break;
             }
             default:
                 // The library skips an unknown section by its size counted from behind the
                 // id byte, one byte further than a writer counts.
-                warnings.push_back("unknown section " + std::to_string(id) + " at offset " +
-                                   std::to_string(source.Offset() - 5) + " skipped");
-                if (sectionSize > source.Left()) return document;
-                source.MoveTo(source.Cursor() + sectionSize);
+                warnings.Add("unknown section", [&] {
+                    return "unknown section " + std::to_string(id) + " at offset " +
+                           std::to_string(source.Offset() - 5) + " skipped";
+                });
+                source.MoveTo(source.Cursor() + std::min<size_t>(sectionSize, source.Left()));
                 break;
         }
     }
     if (source.Left() != 0) {
-        warnings.push_back(std::to_string(source.Left()) + " trailing bytes at offset " +
-                           std::to_string(source.Offset()) + " ignored");
+        notes.incomplete = std::to_string(source.Left()) +
+                           (source.Left() == 1 ? " byte" : " bytes") + " at offset " +
+                           std::to_string(source.Offset()) +
+                           " cannot hold a section header: the file is cut short there";
+    } else if (!anySection) {
+        notes.incomplete = "the file holds no section: the library reads it as empty";
     }
     return document;
 }
+
+ZpsPresetStream PresetStreamOf(const std::vector<char>& bytes, size_t systemCount,
+                               size_t userCount) {
+    ZpsPresetStream stream;
+    stream.systemCount = systemCount;
+    stream.userCount = userCount;
+    stream.forEach = [&bytes, systemCount, userCount](
+                         bool user, const std::function<void(const ZpsPreset&)>& print) {
+        if ((user ? userCount : systemCount) == 0) return;
+        ZpsDecodeNotes again;
+        DecodeZps(bytes, again, [&](ZpsPreset&& preset, bool isUser) {
+            if (isUser == user) print(preset);
+        });
+    };
+    return stream;
+}
+
+namespace {
+
+// Makes the presets of the library's reader under one key (output mode 0, sound mode 0, base
+// preset), so that the reader, which keeps the presets it parsed in a map by their modes, keeps
+// only the last one: whether it refuses a file does not depend on the modes, and memory stays
+// that of one preset however many the file holds.
+class OneKeyPresetFactory : public IPresetFactory {
+  public:
+    std::shared_ptr<IPreset> Create(uint32_t, uint32_t, uint32_t, const std::string& name,
+                                    const std::string& remarks, uint16_t flags, uint8_t priority,
+                                    bool isUser) override {
+        return m_factory.Create(0, 0, 0, name, remarks, flags, priority, isUser);
+    }
+
+  private:
+    PresetFactory m_factory;
+};
+
+}  // namespace
 
 std::vector<std::string> LibraryRefusal(const std::vector<char>& bytes) {
     constexpr uint32_t kErrorLevel = 4;
     LogRecorder recorder(kErrorLevel);
     // Parsing makes presets only; the set and handle factories serve Read, which is not called.
-    ZpsBufferReader reader(std::make_shared<PresetFactory>(), nullptr, nullptr);
+    ZpsBufferReader reader(std::make_shared<OneKeyPresetFactory>(), nullptr, nullptr);
     std::vector<std::string> texts;
     if (!reader.ParseBuffer(bytes, false)) {
         for (const LogRecorder::Line& line : recorder.Take()) texts.push_back(line.text);

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -58,6 +60,27 @@ struct ZpsDocument {
     /// The UserModes section, when the file has one.
     std::optional<ZpsUserModes> user;
 };
+
+/// The presets of a document as a printer reads them, once each and in order, so that they need
+/// not all be in memory at once (DecodeZps can hand them over as it reads them).
+struct ZpsPresetStream {
+    size_t systemCount = 0;
+    size_t userCount = 0;
+    /// Calls print with each system preset (user false) or each user preset, in order.
+    std::function<void(bool user, const std::function<void(const ZpsPreset&)>& print)> forEach;
+};
+
+/// The stream of the presets that document holds; document must outlive it.
+inline ZpsPresetStream PresetStreamOf(const ZpsDocument& document) {
+    ZpsPresetStream stream;
+    stream.systemCount = document.systemPresets ? document.systemPresets->size() : 0;
+    stream.userCount = document.user ? document.user->presets.size() : 0;
+    stream.forEach = [&document](bool user, const std::function<void(const ZpsPreset&)>& print) {
+        const auto& presets = user ? document.user->presets : *document.systemPresets;
+        for (const ZpsPreset& preset : presets) print(preset);
+    };
+    return stream;
+}
 
 }  // namespace zbctl
 }  // namespace TesselFX

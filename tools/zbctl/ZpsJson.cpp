@@ -114,6 +114,18 @@ std::string ToHex(const std::vector<char>& bytes) {
     return text;
 }
 
+// A JSON object of a map keyed by number, built in one pass: the keys are unique already, and
+// an ordered object looks up every key it is given.
+template <typename Map, typename ToValue>
+OrderedJson ObjectOf(const Map& map, ToValue toValue) {
+    OrderedJson object = OrderedJson::object();
+    auto& members = object.get_ref<OrderedJson::object_t&>();
+    members.reserve(map.size());
+    for (const auto& item : map)
+        members.emplace_back(std::to_string(item.first), toValue(item.second));
+    return object;
+}
+
 LinkLawEntry LinkLawFromJson(const Json& json, const std::string& path) {
     CheckKeys(json, path, {"source", "master", "target", "points", "method", "version", "extra"});
     for (const char* key : {"source", "target", "points"}) {
@@ -241,23 +253,14 @@ OrderedJson PresetToJson(const ZpsPreset& preset) {
         json["flags"] = preset.flags & ~kDefaultSoundModeFlag;
     if (preset.priority != 0) json["priority"] = preset.priority;
     if (!preset.parameters.empty()) {
-        OrderedJson parameters = OrderedJson::object();
-        for (const auto& parameter : preset.parameters) {
-            parameters[std::to_string(parameter.first)] = parameter.second;
-        }
-        json["parameters"] = parameters;
+        json["parameters"] = ObjectOf(preset.parameters, [](double value) { return value; });
     }
     if (!preset.linkLaws.empty()) {
         OrderedJson laws = OrderedJson::array();
         for (const LinkLawEntry& entry : preset.linkLaws) laws.push_back(LinkLawToJson(entry));
         json["link_laws"] = laws;
     }
-    if (!preset.chunks.empty()) {
-        OrderedJson chunks = OrderedJson::object();
-        for (const auto& chunk : preset.chunks)
-            chunks[std::to_string(chunk.first)] = ToHex(chunk.second);
-        json["chunks"] = chunks;
-    }
+    if (!preset.chunks.empty()) json["chunks"] = ObjectOf(preset.chunks, ToHex);
     return json;
 }
 
@@ -270,10 +273,54 @@ std::vector<ZpsPreset> PresetsFromJson(const Json& list, const std::string& path
     return presets;
 }
 
-OrderedJson PresetsToJson(const std::vector<ZpsPreset>& presets) {
-    OrderedJson list = OrderedJson::array();
-    for (const ZpsPreset& preset : presets) list.push_back(PresetToJson(preset));
-    return list;
+// Writes an object or a list member by member in the layout of dump(2), at depth levels of
+// indent, so that a list of presets is written without its whole tree.
+class JsonWriter {
+  public:
+    JsonWriter(std::ostream& out, size_t depth, char open)
+        : m_out(out), m_depth(depth), m_close(open == '{' ? '}' : ']') {
+        m_out << open;
+    }
+    /// Starts the next member of an object; its value follows.
+    void Key(const char* key) {
+        Element();
+        m_out << '"' << key << "\": ";
+    }
+    /// Starts the next member of a list; its value follows.
+    void Element() {
+        m_out << (m_empty ? "\n" : ",\n") << std::string(2 * (m_depth + 1), ' ');
+        m_empty = false;
+    }
+    /// Writes a member's value.
+    void Value(const OrderedJson& value) {
+        const std::string text = value.dump(2, ' ', false, Json::error_handler_t::replace);
+        const std::string indent = "\n" + std::string(2 * (m_depth + 1), ' ');
+        size_t start = 0;
+        for (size_t end; (end = text.find('\n', start)) != std::string::npos; start = end + 1) {
+            m_out.write(text.data() + start, static_cast<std::streamsize>(end - start));
+            m_out << indent;
+        }
+        m_out.write(text.data() + start, static_cast<std::streamsize>(text.size() - start));
+    }
+    void End() {
+        if (!m_empty) m_out << "\n" << std::string(2 * m_depth, ' ');
+        m_out << m_close;
+    }
+
+  private:
+    std::ostream& m_out;
+    size_t m_depth;
+    char m_close;
+    bool m_empty = true;
+};
+
+void PrintPresets(std::ostream& out, const ZpsPresetStream& presets, bool user, size_t depth) {
+    JsonWriter list(out, depth, '[');
+    presets.forEach(user, [&list](const ZpsPreset& preset) {
+        list.Element();
+        list.Value(PresetToJson(preset));
+    });
+    list.End();
 }
 
 }  // namespace
@@ -352,43 +399,56 @@ ZpsDocument ZpsFromJson(const Json& json) {
     return document;
 }
 
-OrderedJson ZpsToJson(const ZpsDocument& document) {
-    OrderedJson json = OrderedJson::object();
+void PrintZpsJson(std::ostream& out, const ZpsDocument& document, const ZpsPresetStream& presets) {
+    JsonWriter top(out, 0, '{');
     if (document.information) {
         const ZpsInformation& info = *document.information;
-        OrderedJson out = OrderedJson::object();
-        if (info.value != 0) out["value"] = info.value;
+        OrderedJson json = OrderedJson::object();
+        if (info.value != 0) json["value"] = info.value;
         if (info.bytes[0] != 0 || info.bytes[1] != 0 || info.bytes[2] != 0 || info.bytes[3] != 0) {
-            out["bytes"] = {info.bytes[0], info.bytes[1], info.bytes[2], info.bytes[3]};
+            json["bytes"] = {info.bytes[0], info.bytes[1], info.bytes[2], info.bytes[3]};
         }
-        if (info.word != 0) out["word"] = info.word;
+        if (info.word != 0) json["word"] = info.word;
         if (info.reserved[0] != 0 || info.reserved[1] != 0)
-            out["reserved"] = {info.reserved[0], info.reserved[1]};
-        json["information"] = out;
+            json["reserved"] = {info.reserved[0], info.reserved[1]};
+        top.Key("information");
+        top.Value(json);
     }
     if (!document.tags.empty()) {
-        OrderedJson tags = OrderedJson::object();
-        for (const auto& tag : document.tags) tags[std::to_string(tag.first)] = tag.second;
-        json["tags"] = tags;
+        top.Key("tags");
+        top.Value(ObjectOf(document.tags, [](const std::string& name) { return name; }));
     }
-    if (document.remarks) json["remarks"] = *document.remarks;
-    if (document.systemPresets) json["presets"] = PresetsToJson(*document.systemPresets);
+    if (document.remarks) {
+        top.Key("remarks");
+        top.Value(*document.remarks);
+    }
+    if (document.systemPresets) {
+        top.Key("presets");
+        PrintPresets(out, presets, false, 1);
+    }
     if (document.user) {
-        OrderedJson user = OrderedJson::object();
+        top.Key("user");
+        JsonWriter user(out, 1, '{');
         OrderedJson masks = OrderedJson::array();
         for (const ZpsEnabledMask& record : document.user->enabledMasks) {
-            OrderedJson out;
-            out["output_mode"] = record.outputMode;
-            out["sound_mode"] = record.soundMode;
-            out["subtypes"] = SubtypesFromMask(record.mask);
-            masks.push_back(out);
+            OrderedJson json;
+            json["output_mode"] = record.outputMode;
+            json["sound_mode"] = record.soundMode;
+            json["subtypes"] = SubtypesFromMask(record.mask);
+            masks.push_back(json);
         }
-        if (!masks.empty()) user["enabled_subtypes"] = masks;
-        if (!document.user->presets.empty())
-            user["presets"] = PresetsToJson(document.user->presets);
-        json["user"] = user;
+        if (!masks.empty()) {
+            user.Key("enabled_subtypes");
+            user.Value(masks);
+        }
+        if (presets.userCount != 0) {
+            user.Key("presets");
+            PrintPresets(out, presets, true, 2);
+        }
+        user.End();
     }
-    return json;
+    top.End();
+    out << "\n";
 }
 
 }  // namespace zbctl

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <nlohmann/json.hpp>
+#include <ostream>
 
 #include "ZpsDocument.h"
 
@@ -13,13 +14,16 @@ namespace zbctl {
 /// "name", "remarks", "default_sound_mode", "flags" (the other flag bits), "priority",
 /// "parameters" ({"id": value}), "link_laws" ([{"source", "master", "target", "points":
 /// [[master, target], ...], "method", "version", "extra"}]) and "chunks" ({"index": "hex"}).
-/// Keys at their default value are left out of the output, and ToJson(FromJson(j)) == j for
-/// every j so written.
+/// Keys at their default value are left out of the output, and reading what PrintZpsJson
+/// wrote gives the same document.
 
 /// Throws ZbctlError naming the JSON path of the first bad or unknown key.
 ZpsDocument ZpsFromJson(const nlohmann::json& json);
 
-nlohmann::ordered_json ZpsToJson(const ZpsDocument& document);
+/// Writes the JSON form of a document, laid out as nlohmann's dump with an indent of 2, its
+/// presets taken one at a time from presets: the JSON tree of the whole document is never
+/// held. Text that is not UTF-8 has its bad bytes replaced by U+FFFD.
+void PrintZpsJson(std::ostream& out, const ZpsDocument& document, const ZpsPresetStream& presets);
 
 }  // namespace zbctl
 }  // namespace TesselFX

@@ -1,5 +1,7 @@
 #include "ZpsText.h"
 
+#include "Printable.h"
+
 namespace TesselFX {
 namespace zbctl {
 
@@ -16,12 +18,12 @@ std::string Subtypes(uint32_t mask) {
 
 void PrintPreset(std::ostream& out, const ZpsPreset& preset) {
     out << "  om " << preset.outputMode << " sm " << preset.soundMode << " "
-        << Subtypes(preset.subtypeMask) << ": \"" << preset.name << "\"";
+        << Subtypes(preset.subtypeMask) << ": \"" << Printable(preset.name) << "\"";
     if (preset.priority != 0) out << ", priority " << static_cast<unsigned>(preset.priority);
     if (preset.flags & 1) out << ", default sound mode";
     if (preset.flags & ~1u) out << ", flags 0x" << std::hex << preset.flags << std::dec;
     out << "\n";
-    if (!preset.remarks.empty()) out << "    remarks: " << preset.remarks << "\n";
+    if (!preset.remarks.empty()) out << "    remarks: " << Printable(preset.remarks) << "\n";
     if (!preset.parameters.empty()) {
         out << "    parameters:";
         for (const auto& parameter : preset.parameters)
@@ -31,7 +33,7 @@ void PrintPreset(std::ostream& out, const ZpsPreset& preset) {
     for (const LinkLawEntry& entry : preset.linkLaws) {
         out << "    link law: source " << entry.SourceControlId << " (master "
             << entry.MasterControlId << ") -> parameter " << entry.TargetParamId << ", "
-            << entry.ConversionMethod << ":";
+            << Printable(entry.ConversionMethod) << ":";
         for (size_t i = 0; i < entry.masterValues.size(); ++i) {
             out << " " << entry.masterValues[i] << "->"
                 << (i < entry.targetValues.size() ? entry.targetValues[i] : 0.0f);
@@ -45,18 +47,20 @@ void PrintPreset(std::ostream& out, const ZpsPreset& preset) {
 
 }  // namespace
 
-void PrintZps(std::ostream& out, const ZpsDocument& document) {
+void PrintZps(std::ostream& out, const ZpsDocument& document, const ZpsPresetStream& presets) {
+    const auto print = [&out](const ZpsPreset& preset) { PrintPreset(out, preset); };
     if (document.information) {
         const ZpsInformation& info = *document.information;
         out << "information: value " << info.value << ", bytes " << unsigned(info.bytes[0]) << " "
             << unsigned(info.bytes[1]) << " " << unsigned(info.bytes[2]) << " "
             << unsigned(info.bytes[3]) << ", word " << info.word << "\n";
     }
-    for (const auto& tag : document.tags) out << "tag " << tag.first << ": " << tag.second << "\n";
-    if (document.remarks) out << "remarks: " << *document.remarks << "\n";
+    for (const auto& tag : document.tags)
+        out << "tag " << tag.first << ": " << Printable(tag.second) << "\n";
+    if (document.remarks) out << "remarks: " << Printable(*document.remarks) << "\n";
     if (document.systemPresets) {
-        out << "system presets: " << document.systemPresets->size() << "\n";
-        for (const ZpsPreset& preset : *document.systemPresets) PrintPreset(out, preset);
+        out << "system presets: " << presets.systemCount << "\n";
+        presets.forEach(false, print);
     }
     if (document.user) {
         out << "user modes: " << document.user->enabledMasks.size() << " enabled subtype records\n";
@@ -64,8 +68,8 @@ void PrintZps(std::ostream& out, const ZpsDocument& document) {
             out << "  om " << record.outputMode << " sm " << record.soundMode
                 << " enabled: " << Subtypes(record.mask) << "\n";
         }
-        out << "user presets: " << document.user->presets.size() << "\n";
-        for (const ZpsPreset& preset : document.user->presets) PrintPreset(out, preset);
+        out << "user presets: " << presets.userCount << "\n";
+        presets.forEach(true, print);
     }
 }
 

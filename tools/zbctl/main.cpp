@@ -34,6 +34,11 @@ struct Command {
     std::function<int()> run;
 };
 
+void PrintWarnings(const std::string& name, const WarningList& warnings) {
+    for (const std::string& line : warnings.Lines())
+        std::cerr << Printable(name + ": warning: " + line) << "\n";
+}
+
 int ZpsBuild(const std::string& source, const std::string& target) {
     RefuseOutputOverInputs(target, {source});
     const std::vector<char> text = ReadFileBytes(source, "");
@@ -55,24 +60,30 @@ int ZpsBuild(const std::string& source, const std::string& target) {
 
 int ZpsDump(const std::string& path, bool json) {
     const std::vector<char> bytes = ReadFileBytes(path, "");
+    bool refused = false;
     for (const std::string& text : LibraryRefusal(bytes)) {
-        std::cerr << path << ": the library's reader refuses the file: " << text << "\n";
+        std::cerr << Printable(path + ": the library's reader refuses the file: " + text) << "\n";
+        refused = true;
     }
-    std::vector<std::string> warnings;
+    // The presets are counted here and decoded again one at a time as they are printed, so
+    // that memory stays that of the file whatever it holds.
+    size_t counts[2] = {0, 0};
+    ZpsDecodeNotes notes;
     ZpsDocument document;
     try {
-        document = DecodeZps(bytes, warnings);
+        document = DecodeZps(bytes, notes, [&counts](ZpsPreset&&, bool user) { ++counts[user]; });
     } catch (const ZbctlError& e) {
         throw ZbctlError(path + ": " + e.what());
     }
-    for (const std::string& warning : warnings)
-        std::cerr << path << ": warning: " << warning << "\n";
+    PrintWarnings(path, notes.warnings);
+    const ZpsPresetStream presets = PresetStreamOf(bytes, counts[0], counts[1]);
     if (json) {
-        std::cout << ZpsToJson(document).dump(2) << "\n";
+        PrintZpsJson(std::cout, document, presets);
     } else {
-        PrintZps(std::cout, document);
+        PrintZps(std::cout, document, presets);
     }
-    return kExitSuccess;
+    if (!notes.incomplete.empty()) throw ZbctlError(path + ": " + notes.incomplete);
+    return refused ? kExitFailure : kExitSuccess;
 }
 
 int CheckConfig(const std::string& path, const std::string& presets) {
@@ -80,10 +91,10 @@ int CheckConfig(const std::string& path, const std::string& presets) {
     checker.Check();
     if (!presets.empty()) {
         const std::vector<char> bytes = ReadFileBytes(presets, "presets");
-        std::vector<std::string> warnings;
+        ZpsDecodeNotes notes;
         ZpsDocument document;
         try {
-            document = DecodeZps(bytes, warnings);
+            document = DecodeZps(bytes, notes);
         } catch (const ZbctlError& e) {
             throw ZbctlError(presets + ": " + e.what());
         }

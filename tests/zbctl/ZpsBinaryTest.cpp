@@ -76,7 +76,8 @@ ZpsDocument SystemDocument() {
 }
 
 TEST(ZpsBinary, WritesTheFileByteForByte) {
-    EXPECT_EQ(EncodeZps(SystemDocument()), kSystemFile);
+    WarningList warnings;
+    EXPECT_EQ(EncodeZps(SystemDocument(), warnings), kSystemFile);
 
     ZpsDocument user;
     user.user.emplace();
@@ -85,11 +86,13 @@ TEST(ZpsBinary, WritesTheFileByteForByte) {
     empty.outputMode = 1;
     empty.soundMode = 2;
     user.user->presets.push_back(empty);
-    EXPECT_EQ(EncodeZps(user), kUserFile);
+    EXPECT_EQ(EncodeZps(user, warnings), kUserFile);
+    EXPECT_TRUE(warnings.Empty());
 }
 
 TEST(ZpsBinary, ReadsBackWhatItWrote) {
     ZpsDecodeNotes notes;
+    WarningList warnings;
     const ZpsDocument document = DecodeZps(kSystemFile, notes);
     EXPECT_TRUE(notes.warnings.Empty());
     EXPECT_EQ(notes.incomplete, "");
@@ -106,14 +109,14 @@ TEST(ZpsBinary, ReadsBackWhatItWrote) {
     EXPECT_EQ(preset.linkLaws[0].TargetParamId, 111u);
     EXPECT_EQ(preset.linkLaws[0].targetValues, std::vector<float>{2.0f});
     EXPECT_TRUE(preset.chunks.empty());
-    EXPECT_EQ(EncodeZps(document), kSystemFile);
+    EXPECT_EQ(EncodeZps(document, warnings), kSystemFile);
 
     const ZpsDocument user = DecodeZps(kUserFile, notes);
     ASSERT_TRUE(user.user);
     EXPECT_FALSE(user.systemPresets);
     ASSERT_EQ(user.user->enabledMasks.size(), 1u);
     EXPECT_EQ(user.user->enabledMasks[0].mask, 6u);
-    EXPECT_EQ(EncodeZps(user), kUserFile);
+    EXPECT_EQ(EncodeZps(user, warnings), kUserFile);
     EXPECT_TRUE(LibraryRefusal(kSystemFile).empty());
     EXPECT_TRUE(LibraryRefusal(kUserFile).empty());
 }
@@ -121,7 +124,8 @@ TEST(ZpsBinary, ReadsBackWhatItWrote) {
 TEST(ZpsBinary, RefusesValuesThatDoNotFitTheirFields) {
     const auto errorOf = [](const ZpsDocument& document) -> std::string {
         try {
-            EncodeZps(document);
+            WarningList warnings;
+            EncodeZps(document, warnings);
         } catch (const ZbctlError& e) {
             return e.what();
         }
@@ -146,6 +150,35 @@ TEST(ZpsBinary, RefusesValuesThatDoNotFitTheirFields) {
     (*document.systemPresets)[0].chunks[2] = std::vector<char>(65536);
     EXPECT_EQ(errorOf(document),
               "preset \"A\" (om 1, sm 2): size of chunk 2 65536 does not fit in 16 bits");
+    document = SystemDocument();
+    for (unsigned int id = 0; id < 65535; ++id) (*document.systemPresets)[0].parameters[id] = 0;
+    EXPECT_EQ(errorOf(document),
+              "preset \"A\" (om 1, sm 2): item count 65536 does not fit in 16 bits");
+}
+
+TEST(ZpsBinary, WritesTheRecordSizeOfALongPresetAsTheLibraryDoes) {
+    // 65535 parameters: a record of 15 + 65535 * 13 = 851970 bytes behind its size field,
+    // which holds 851970 modulo 65536 = 2.
+    ZpsPreset preset;
+    preset.outputMode = 1;
+    preset.soundMode = 1;
+    preset.name = "P";
+    for (unsigned int id = 0; id < 65535; ++id) preset.parameters[id] = id;
+    ZpsDocument document;
+    document.systemPresets = std::vector<ZpsPreset>{preset};
+    WarningList warnings;
+    const std::vector<char> bytes = EncodeZps(document, warnings);
+    ASSERT_EQ(bytes.size(), 15u + 2 + 851970);
+    EXPECT_EQ(std::vector<char>(bytes.begin() + 13, bytes.begin() + 21),
+              Bytes({0x01, 0x00, 0x02, 0x00, 0x01, 0x01, 0x00, 0x00}));  // 1 preset, size 2
+    EXPECT_EQ(warnings.Lines(),
+              std::vector<std::string>{
+                  "preset \"P\" (om 1, sm 1): the record is 851970 bytes long, more than its "
+                  "16-bit size field holds; the field says 2 (the size modulo 65536), as the "
+                  "library's own writer writes it, and the library's reader does not use it"});
+    EXPECT_TRUE(LibraryRefusal(bytes).empty());
+    ZpsDecodeNotes notes;
+    EXPECT_EQ(DecodeZps(bytes, notes).systemPresets->front().parameters, preset.parameters);
 }
 
 TEST(ZpsBinary, EveryTruncationAndCorruptionFailsCleanly) {

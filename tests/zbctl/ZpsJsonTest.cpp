@@ -14,7 +14,8 @@ using Json = nlohmann::json;
 
 std::string ErrorOf(const std::string& text) {
     try {
-        ZpsFromJson(Json::parse(text));
+        WarningList warnings;
+        ZpsFromJson(Json::parse(text), warnings);
     } catch (const ZbctlError& e) {
         return e.what();
     }
@@ -22,6 +23,7 @@ std::string ErrorOf(const std::string& text) {
 }
 
 TEST(ZpsJson, ReadsEveryField) {
+    WarningList warnings;
     const ZpsDocument document = ZpsFromJson(Json::parse(R"({
       "information": {"value": 7, "bytes": [1, 2, 3, 4], "word": 9},
       "tags": {"3": "three"},
@@ -32,7 +34,9 @@ TEST(ZpsJson, ReadsEveryField) {
                                   "extra": [0.5, 0]}],
                    "chunks": {"2": "00ff10"}}],
       "user": {"enabled_subtypes": [{"output_mode": 1, "sound_mode": 2, "subtypes": [3]}]}
-    })"));
+    })"),
+                                             warnings);
+    EXPECT_TRUE(warnings.Empty());
     ASSERT_TRUE(document.information);
     EXPECT_EQ(document.information->value, 7u);
     EXPECT_EQ(document.information->bytes[3], 4u);
@@ -62,12 +66,52 @@ TEST(ZpsJson, WritesWhatItReadsWithDefaultsLeftOut) {
                   {"output_mode": 3, "sound_mode": 4, "name": ""}],
       "user": {"presets": [{"output_mode": 1, "sound_mode": 2, "name": "U", "flags": 2}]}
     })");
-    const ZpsDocument document = ZpsFromJson(source);
+    WarningList warnings;
+    const ZpsDocument document = ZpsFromJson(source, warnings);
     std::ostringstream out;
     PrintZpsJson(out, document, PresetStreamOf(document));
     EXPECT_EQ(Json::parse(out.str()), source);
     // Written preset by preset, laid out as the whole tree's dump would be.
     EXPECT_EQ(out.str(), nlohmann::ordered_json::parse(out.str()).dump(2) + "\n");
+}
+
+TEST(ZpsJson, WarnsOfWhatTheLibraryTakesOtherwiseThanMeant) {
+    const auto warningsOf = [](const std::string& text) {
+        WarningList warnings;
+        ZpsFromJson(ParseZpsJson(std::vector<char>(text.begin(), text.end()), warnings), warnings);
+        return warnings.Lines();
+    };
+    const std::string preset = R"("output_mode": 1, "sound_mode": 1, "name": "x")";
+    const std::string law = R"("source": 0, "target": 1, "points": )";
+    const std::vector<std::pair<std::string, std::vector<std::string>>> rows = {
+        {"{\"presets\": [{" + preset + "}, {" + preset + ", \"subtypes\": [1]}, {" + preset + "}]}",
+         {"presets[2]: om 1, sm 1, subtypes [] again (as presets[0]): the library keeps only "
+          "this one"}},
+        {R"({"user": {"presets": [{"output_mode": 2, "sound_mode": 3, "name": "a"},
+                                  {"output_mode": 2, "sound_mode": 3, "name": "b"}]}})",
+         {"user.presets[1]: om 2, sm 3, subtypes [] again (as user.presets[0]): the library "
+          "keeps only this one"}},
+        {R"({"presets": [{"output_mode": 1, "sound_mode": 1, "name": "a", "default_sound_mode": true},
+                         {"output_mode": 1, "sound_mode": 1, "subtypes": [2], "name": "b",
+                          "default_sound_mode": true},
+                         {"output_mode": 2, "sound_mode": 2, "name": "c", "default_sound_mode": true},
+                         {"output_mode": 1, "sound_mode": 3, "name": "d", "default_sound_mode": true}]})",
+         {"presets[3]: a second default sound mode for output mode 1: sound mode 3, besides "
+          "sound mode 1 (presets[0])"}},
+        {"{\"presets\": [{" + preset + ", \"link_laws\": [{" + law +
+             "[[0, 1], [500, 2], [400, 3]]}, {" + law + "[[0, 1]], \"method\": \"Log\"}]}]}",
+         {"presets[0].link_laws[0].points[2]: master value below the one before; the library "
+          "interpolates between points in ascending order only",
+          "presets[0].link_laws[1].method: the library computes only \"Linear\" link laws; "
+          "\"Log\" gives the target no value"}},
+        {"{\"presets\": [{" + preset + R"(, "parameters": {"7": 1, "07": 2}}]})",
+         {"presets[0].parameters.7: parameter 7 again; this value is the one kept"}},
+        {"{\"presets\": [{" + preset + R"(, "parameters": {"7": 1, "8": 0, "7": 2}}],
+           "remarks": "a", "remarks": "b"})",
+         {"presets[0].parameters: key \"7\" given twice; the later value is the one kept",
+          "(top): key \"remarks\" given twice; the later value is the one kept"}},
+    };
+    for (const auto& row : rows) EXPECT_EQ(warningsOf(row.first), row.second) << row.first;
 }
 
 TEST(ZpsJson, ErrorsNameThePath) {

@@ -81,7 +81,7 @@ std::map<unsigned int, std::vector<char>> FileChunks(const ZpsPreset& preset) {
     return chunks;
 }
 
-void EncodePreset(ByteSink& sink, const ZpsPreset& preset) {
+void EncodePreset(ByteSink& sink, const ZpsPreset& preset, WarningList& warnings) {
     const std::string label = PresetLabel(preset);
     const auto chunks = FileChunks(preset);
     size_t itemCount = preset.parameters.size();
@@ -113,8 +113,17 @@ void EncodePreset(ByteSink& sink, const ZpsPreset& preset) {
         sink.Raw(chunk.second.data(), chunk.second.size());
     }
     const size_t recordSize = sink.Size() - sizeOffset - 2;
-    sink.Patch<uint16_t, WriteU16>(
-        sizeOffset, CheckU16(static_cast<uint32_t>(recordSize), label + ": record size"));
+    const auto sizeField = static_cast<uint16_t>(recordSize);
+    if (sizeField != recordSize) {
+        warnings.Add("record size wraps", [&] {
+            return label + ": the record is " + std::to_string(recordSize) +
+                   " bytes long, more than its 16-bit size field holds; the field says " +
+                   std::to_string(sizeField) +
+                   " (the size modulo 65536), as the library's own writer writes it, and the "
+                   "library's reader does not use it";
+        });
+    }
+    sink.Patch<uint16_t, WriteU16>(sizeOffset, sizeField);
 }
 
 // Writes the size and id of a section, runs body, then patches the size: the bytes behind
@@ -130,7 +139,7 @@ void EncodeSection(ByteSink& sink, uint8_t id, Body body) {
 
 }  // namespace
 
-std::vector<char> EncodeZps(const ZpsDocument& document) {
+std::vector<char> EncodeZps(const ZpsDocument& document, WarningList& warnings) {
     ByteSink sink;
     sink.U32(kZpsMagic);
     sink.U32(0);
@@ -160,7 +169,8 @@ std::vector<char> EncodeZps(const ZpsDocument& document) {
         EncodeSection(sink, kZpsSectionPresets, [&] {
             sink.U16(
                 CheckU16(static_cast<uint32_t>(document.systemPresets->size()), "preset count"));
-            for (const ZpsPreset& preset : *document.systemPresets) EncodePreset(sink, preset);
+            for (const ZpsPreset& preset : *document.systemPresets)
+                EncodePreset(sink, preset, warnings);
         });
     }
     if (document.user) {
@@ -175,7 +185,7 @@ std::vector<char> EncodeZps(const ZpsDocument& document) {
                 sink.U32(record.mask);
             }
             sink.U16(CheckU16(static_cast<uint32_t>(user.presets.size()), "user preset count"));
-            for (const ZpsPreset& preset : user.presets) EncodePreset(sink, preset);
+            for (const ZpsPreset& preset : user.presets) EncodePreset(sink, preset, warnings);
         });
     }
     sink.Patch<uint32_t, WriteU32>(4, static_cast<uint32_t>(sink.Size()));

@@ -13,8 +13,11 @@ namespace zbctl {
 
 /// Writes a complete preset file: magic, total size, then the sections the document has, in
 /// id order. Throws ZbctlError when a value does not fit its field (a mode above 255 in a
-/// preset record, an id above 65535, a text longer than 255 bytes, ...): nothing is cut.
-std::vector<char> EncodeZps(const ZpsDocument& document);
+/// preset record, an id above 65535, more than 65535 items, a text longer than 255 bytes, ...):
+/// nothing is cut. The one exception is the 16-bit size of a preset record, which the library's
+/// reader does not use: a longer record has it wrapped as the library's own writer does, and a
+/// warning says so.
+std::vector<char> EncodeZps(const ZpsDocument& document, WarningList& warnings);
 
 /// What reading a preset file found besides its content.
 struct ZpsDecodeNotes {

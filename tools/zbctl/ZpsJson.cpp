@@ -3,7 +3,9 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <map>
 #include <set>
+#include <tuple>
 
 #include "ZbctlError.h"
 
@@ -126,7 +128,7 @@ OrderedJson ObjectOf(const Map& map, ToValue toValue) {
     return object;
 }
 
-LinkLawEntry LinkLawFromJson(const Json& json, const std::string& path) {
+LinkLawEntry LinkLawFromJson(const Json& json, const std::string& path, WarningList& warnings) {
     CheckKeys(json, path, {"source", "master", "target", "points", "method", "version", "extra"});
     for (const char* key : {"source", "target", "points"}) {
         if (!json.contains(key)) Fail(path, std::string("\"") + key + "\" is missing");
@@ -142,6 +144,12 @@ LinkLawEntry LinkLawFromJson(const Json& json, const std::string& path) {
     entry.TargetParamId =
         static_cast<uint32_t>(Unsigned(json["target"], path + ".target", 0xFFFFFFFF));
     if (json.contains("method")) entry.ConversionMethod = Text(json["method"], path + ".method");
+    if (entry.ConversionMethod != "Linear") {
+        warnings.Add("link-law method", [&] {
+            return path + ".method: the library computes only \"Linear\" link laws; \"" +
+                   entry.ConversionMethod + "\" gives the target no value";
+        });
+    }
     if (json.contains("version")) {
         entry.version = static_cast<uint32_t>(Unsigned(json["version"], path + ".version", 1));
     }
@@ -153,6 +161,13 @@ LinkLawEntry LinkLawFromJson(const Json& json, const std::string& path) {
             Fail(pointPath, "must be [master, target]");
         entry.masterValues.push_back(ToFloat(points[i][0], pointPath + "[0]"));
         entry.targetValues.push_back(ToFloat(points[i][1], pointPath + "[1]"));
+        if (i > 0 && entry.masterValues[i] < entry.masterValues[i - 1]) {
+            warnings.Add("link-law points", [&] {
+                return pointPath +
+                       ": master value below the one before; the library interpolates between "
+                       "points in ascending order only";
+            });
+        }
     }
     if (json.contains("extra")) {
         const Json& extra = json["extra"];
@@ -184,7 +199,7 @@ OrderedJson LinkLawToJson(const LinkLawEntry& entry) {
     return json;
 }
 
-ZpsPreset PresetFromJson(const Json& json, const std::string& path) {
+ZpsPreset PresetFromJson(const Json& json, const std::string& path, WarningList& warnings) {
     CheckKeys(json, path,
               {"output_mode", "sound_mode", "subtypes", "name", "remarks", "default_sound_mode",
                "flags", "priority", "parameters", "link_laws", "chunks"});
@@ -217,7 +232,14 @@ ZpsPreset PresetFromJson(const Json& json, const std::string& path) {
             const std::string itemPath = path + ".parameters." + item.key();
             const auto id =
                 static_cast<unsigned int>(UnsignedKey(item.key(), path + ".parameters", 0xFFFF));
-            preset.parameters[id] = Number(item.value(), itemPath);
+            const double value = Number(item.value(), itemPath);
+            if (!preset.parameters.emplace(id, value).second) {
+                warnings.Add("parameter twice", [&] {
+                    return itemPath + ": parameter " + std::to_string(id) +
+                           " again; this value is the one kept";
+                });
+                preset.parameters[id] = value;
+            }
         }
     }
     if (json.contains("link_laws")) {
@@ -225,7 +247,7 @@ ZpsPreset PresetFromJson(const Json& json, const std::string& path) {
         if (!laws.is_array()) Fail(path + ".link_laws", "must be a list");
         for (size_t i = 0; i < laws.size(); ++i) {
             preset.linkLaws.push_back(
-                LinkLawFromJson(laws[i], path + ".link_laws[" + std::to_string(i) + "]"));
+                LinkLawFromJson(laws[i], path + ".link_laws[" + std::to_string(i) + "]", warnings));
         }
     }
     if (json.contains("chunks")) {
@@ -264,11 +286,39 @@ OrderedJson PresetToJson(const ZpsPreset& preset) {
     return json;
 }
 
-std::vector<ZpsPreset> PresetsFromJson(const Json& list, const std::string& path) {
+std::vector<ZpsPreset> PresetsFromJson(const Json& list, const std::string& path,
+                                       WarningList& warnings) {
     if (!list.is_array()) Fail(path, "must be a list of presets");
     std::vector<ZpsPreset> presets;
+    std::map<std::tuple<uint32_t, uint32_t, uint32_t>, std::string> seen;  // om, sm, mask
+    std::map<uint32_t, std::pair<uint32_t, std::string>> defaults;         // om: sm, path
     for (size_t i = 0; i < list.size(); ++i) {
-        presets.push_back(PresetFromJson(list[i], path + "[" + std::to_string(i) + "]"));
+        const std::string presetPath = path + "[" + std::to_string(i) + "]";
+        const ZpsPreset& preset =
+            presets.emplace_back(PresetFromJson(list[i], presetPath, warnings));
+        const std::string modes =
+            "om " + std::to_string(preset.outputMode) + ", sm " + std::to_string(preset.soundMode);
+        const auto first = seen.emplace(
+            std::make_tuple(preset.outputMode, preset.soundMode, preset.subtypeMask), presetPath);
+        if (!first.second) {
+            warnings.Add("preset twice", [&] {
+                return presetPath + ": " + modes + ", subtypes " +
+                       SubtypesFromMask(preset.subtypeMask).dump() + " again (as " +
+                       first.first->second + "): the library keeps only this one";
+            });
+        }
+        if ((preset.flags & kDefaultSoundModeFlag) == 0) continue;
+        const auto other =
+            defaults.emplace(preset.outputMode, std::make_pair(preset.soundMode, presetPath));
+        if (!other.second && other.first->second.first != preset.soundMode) {
+            warnings.Add("default sound mode twice", [&] {
+                return presetPath + ": a second default sound mode for output mode " +
+                       std::to_string(preset.outputMode) + ": sound mode " +
+                       std::to_string(preset.soundMode) + ", besides sound mode " +
+                       std::to_string(other.first->second.first) + " (" +
+                       other.first->second.second + ")";
+            });
+        }
     }
     return presets;
 }
@@ -325,7 +375,58 @@ void PrintPresets(std::ostream& out, const ZpsPresetStream& presets, bool user, 
 
 }  // namespace
 
-ZpsDocument ZpsFromJson(const Json& json) {
+Json ParseZpsJson(const std::vector<char>& text, WarningList& warnings) {
+    // The parser reports a key given twice by no event of its own, so the keys of every open
+    // object are tracked, with the path of each object and list for the warning.
+    struct Open {
+        std::string path;
+        std::set<std::string> keys;
+        std::string key;   // of an object: the key of the value being read
+        size_t index = 0;  // of a list: the index of the value being read
+        bool list = false;
+    };
+    std::vector<Open> open;
+    const auto childPath = [&open]() -> std::string {
+        if (open.empty()) return "";
+        const Open& parent = open.back();
+        if (parent.list) return parent.path + "[" + std::to_string(parent.index) + "]";
+        return parent.path.empty() ? parent.key : parent.path + "." + parent.key;
+    };
+    const Json::parser_callback_t track = [&](int, Json::parse_event_t event, Json& parsed) {
+        switch (event) {
+            case Json::parse_event_t::object_start:
+            case Json::parse_event_t::array_start:
+                open.push_back({childPath(), {}, "", 0, event == Json::parse_event_t::array_start});
+                break;
+            case Json::parse_event_t::key:
+                if (!open.back().keys.insert(parsed.get<std::string>()).second) {
+                    warnings.Add("key twice", [&] {
+                        return (open.back().path.empty() ? "(top)" : open.back().path) +
+                               ": key \"" + parsed.get<std::string>() +
+                               "\" given twice; the later value is the one kept";
+                    });
+                }
+                open.back().key = parsed.get<std::string>();
+                break;
+            case Json::parse_event_t::object_end:
+            case Json::parse_event_t::array_end:
+                open.pop_back();
+                if (!open.empty() && open.back().list) ++open.back().index;
+                break;
+            case Json::parse_event_t::value:
+                if (!open.empty() && open.back().list) ++open.back().index;
+                break;
+        }
+        return true;
+    };
+    try {
+        return Json::parse(text.begin(), text.end(), track);
+    } catch (const Json::parse_error& e) {
+        throw ZbctlError(e.what());
+    }
+}
+
+ZpsDocument ZpsFromJson(const Json& json, WarningList& warnings) {
     CheckKeys(json, "(top)", {"information", "tags", "remarks", "presets", "user"});
     ZpsDocument document;
     if (json.contains("information")) {
@@ -368,7 +469,7 @@ ZpsDocument ZpsFromJson(const Json& json) {
     }
     if (json.contains("remarks")) document.remarks = Text(json["remarks"], "remarks");
     if (json.contains("presets"))
-        document.systemPresets = PresetsFromJson(json["presets"], "presets");
+        document.systemPresets = PresetsFromJson(json["presets"], "presets", warnings);
     if (json.contains("user")) {
         const Json& user = json["user"];
         CheckKeys(user, "user", {"enabled_subtypes", "presets"});
@@ -393,7 +494,7 @@ ZpsDocument ZpsFromJson(const Json& json) {
             }
         }
         if (user.contains("presets"))
-            modes.presets = PresetsFromJson(user["presets"], "user.presets");
+            modes.presets = PresetsFromJson(user["presets"], "user.presets", warnings);
         document.user = modes;
     }
     return document;

@@ -42,18 +42,14 @@ void PrintWarnings(const std::string& name, const WarningList& warnings) {
 int ZpsBuild(const std::string& source, const std::string& target) {
     RefuseOutputOverInputs(target, {source});
     const std::vector<char> text = ReadFileBytes(source, "");
-    nlohmann::json json;
-    try {
-        json = nlohmann::json::parse(text.begin(), text.end());
-    } catch (const nlohmann::json::parse_error& e) {
-        throw ZbctlError(source + ": " + e.what());
-    }
+    WarningList warnings;
     std::vector<char> bytes;
     try {
-        bytes = EncodeZps(ZpsFromJson(json));
+        bytes = EncodeZps(ZpsFromJson(ParseZpsJson(text, warnings), warnings), warnings);
     } catch (const ZbctlError& e) {
         throw ZbctlError(source + ": " + e.what());
     }
+    PrintWarnings(source, warnings);
     WriteFileWhole(target, bytes);
     return kExitSuccess;
 }

@@ -165,6 +165,9 @@ TEST_F(CommandLine, EveryFaultHasItsExitStatusAndMessage) {
          "{dir}/zeros.zps: warning: 2 more warnings of the kind \"unknown section\"\n"
          "zbctl: {dir}/zeros.zps: 1 byte at offset 33 cannot hold a section header: the file is "
          "cut short there\n"},
+        {"check-config {dir}", 1, "zbctl: cannot read configuration {dir}: Is a directory\n"},
+        {"check-config /nonexistent.ini", 1,
+         "zbctl: cannot read configuration /nonexistent.ini: No such file or directory\n"},
         {"check-config " + std::string(ZBCTL_EXAMPLES_DIR) +
              "/example.ini --presets {dir}/bad.json",
          1, "zbctl: {dir}/bad.json: not a preset file: the magic \"BPBZ\" is missing\n"},

@@ -128,14 +128,85 @@ TEST(ConfigChecker, PresetsThatTheControlsNameMustBeInThePresetFile) {
     EXPECT_NE(result.out.find("\n1 refused, 3 warnings\n"), std::string::npos);
 }
 
-TEST(ConfigChecker, UnreadableFilesAreToolErrors) {
-    EXPECT_EQ(test::RunZbctl("check-config /nonexistent/zbctl.ini").status, 1);
+TEST(ConfigChecker, ConfigurationsThatCannotWorkAndNumbersReadLoosely) {
+    std::string loose = test::ReadFile(std::string(ZBCTL_EXAMPLES_DIR) + "/example.ini");
+    const size_t rates = ReplaceLine(loose, "speakerRates=", "speakerRates=44100abc|48k");
+    const size_t volume = ReplaceLine(loose, "spkVol=", "spkVol=-30dB:1,-10:2|3,0:NULL");
+    const size_t orientation =
+        ReplaceLine(loose, "spkOrient=", "spkOrient=0:3,90.5:4,180:3,270:-4,0:DEFAULT_ANGLE");
+    const size_t headphone = ReplaceLine(loose, "Headphone=OM", "Headphone=OM:2,SM:1.0");
+    const size_t speaker = ReplaceLine(
+        loose, "Speaker=", "Speaker=DEV:2x,SR:speakerRates,PRESET:Music|Movie,OM:1x,INSTANCE:0");
+    const size_t channels = ReplaceLine(loose, "AudioFormatChannels=", "AudioFormatChannels=2x");
+    const size_t rule =
+        ReplaceLine(loose, "rule1=", "rule1=PRIORITY:1st,NUMBERS:1|2:7e,PRESET:Movie");
+    ReplaceLine(loose, "HeadTracking=", "Head\x1b[2JTracking=1");
+    const size_t bell = ReplaceLine(loose, "DumpBufferToDsp=", "\x07\xff");
+    struct Row {
+        std::string name;
+        std::string text;
+        int status;
+        std::string findings;  // from the first finding on; {f} is the file
+    };
+    const auto at = [](size_t line) { return "{f}:" + std::to_string(line) + ": "; };
+    const std::vector<Row> rows = {
+        {"empty.ini", " \n\t\n", 1,
+         "{f}: refused: (file): empty: the library reads no configuration from it\n"
+         "1 refused, 0 warnings\n"},
+        {"comment.ini", "# nothing else\n", 1,
+         "{f}: refused: [HAL_SUPPORTED_PRESETS]: no preset: no control can select one\n"
+         "{f}: refused: [HAL_SUPPORTED_CONTROLS]: no control: no instance of the effect can "
+         "work\n"
+         "2 refused, 0 warnings\n"},
+        {"nul.ini",
+         "[HAL_SUPPORTED_PRESETS]\nMusic=OM:1,SM:1\n[HAL_SUPPORTED_CONTROLS]\nS=DEV:2" +
+             std::string(1, '\0') + ",SR:r,PRESET:Music\n",
+         1,
+         "{f}:3: refused: [HAL_SUPPORTED_CONTROLS]: no control: no instance of the effect can "
+         "work\n"
+         "{f}:4: refused: (file): a NUL byte at column 8: the library reads nothing from there "
+         "on\n"
+         "{f}:4: refused: [HAL_SUPPORTED_CONTROLS] S: parse ControlDescriptionParser fail for key "
+         "S\n"
+         "3 refused, 0 warnings\n"},
+        // Text from the file reaches the terminal escaped.
+        {"loose.ini", loose, 0,
+         at(rates) +
+             "warning: [HAL_SUPPORTED_SAMPLE_RATES] speakerRates: \"44100abc\" is read as 44100\n" +
+             at(rates) +
+             "warning: [HAL_SUPPORTED_SAMPLE_RATES] speakerRates: \"48k\" is read as 48\n" +
+             at(volume) + "warning: [HAL_VOLUME_SUBTYPES] spkVol: \"-30dB\" is read as -30\n" +
+             at(volume) + "warning: [HAL_VOLUME_SUBTYPES] spkVol: \"2|3\" is read as 2\n" +
+             at(orientation) +
+             "warning: [HAL_ORIENTATION_SUBTYPES] spkOrient: \"90.5\" is read as 90\n" +
+             at(orientation) +
+             "warning: [HAL_ORIENTATION_SUBTYPES] spkOrient: \"-4\" is read as 4294967292\n" +
+             at(headphone) + "warning: [HAL_SUPPORTED_PRESETS] Headphone: \"1.0\" is read as 1\n" +
+             at(speaker) + "warning: [HAL_SUPPORTED_CONTROLS] Speaker: \"2x\" is read as 2\n" +
+             at(bell) +
+             "warning: \"\\x07\\xff\": neither a section, a key nor a comment: ignored\n" +
+             at(channels) +
+             "warning: [COEFS_CONVERTER_SETTING] AudioFormatChannels: \"2x\" is read as 2\n" +
+             at(rule) + "warning: [CUSTOM_ACTION_1] rule1: \"1st\" is read as 1\n" + at(rule) +
+             "warning: [CUSTOM_ACTION_1] rule1: \"7e\" is read as 7\n" +
+             "0 refused, 12 warnings\n"},
+    };
     test::TempDir dir;
-    const std::string ini = dir.Write("a.ini", "[HAL_SUPPORTED_FEATURES]\nX=1\n");
-    const std::string zps = dir.Write("a.zps", "BPB");
-    EXPECT_EQ(test::RunZbctl("check-config " + ini + " --presets " + zps).status, 1);
-    // A file of no section at all is no error.
-    EXPECT_EQ(test::RunZbctl("check-config " + dir.Write("empty.ini", "")).status, 0);
+    for (const Row& row : rows) {
+        const std::string path = dir.Write(row.name, row.text);
+        const auto result = test::RunZbctl("check-config " + path);
+        EXPECT_EQ(result.status, row.status) << row.name;
+        std::string expected = row.findings;
+        for (size_t f; (f = expected.find("{f}")) != std::string::npos;)
+            expected.replace(f, 3, path);
+        const size_t first = result.out.find("\n" + path + ":");
+        EXPECT_EQ(first == std::string::npos ? result.out : result.out.substr(first + 1), expected)
+            << row.name;
+        EXPECT_EQ(result.out.find_first_of("\x07\x1b\xff"), std::string::npos) << row.name;
+    }
+    EXPECT_NE(test::RunZbctl("check-config " + dir.Path("loose.ini"))
+                  .out.find("\n  features:\n    Head\\x1b[2JTracking\n"),
+              std::string::npos);
 }
 
 }  // namespace

@@ -1,12 +1,18 @@
 #include "ConfigChecker.h"
 
 #include <algorithm>
-#include <fstream>
+#include <cerrno>
+#include <climits>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <sstream>
 #include <stdexcept>
 
+#include "FileAccess.h"
 #include "LogRecorder.h"
+#include "Printable.h"
 #include "ZbctlError.h"
 #include "config/CIniFile.h"
 #include "config/ConfigLineError.h"
@@ -54,14 +60,128 @@ std::string ExceptionText(const std::exception& e) {
            ConfigLineError::Describe(e) + "\"";
 }
 
+// A number that a line parser of the library converts, and how.
+enum class NumberKind {
+    kInteger,   // std::stoi, strtol
+    kUnsigned,  // std::stoul or strtoul, kept in 32 bits
+    kFloat,     // std::stof
+    kAngle,     // std::stod, truncated toward zero
+};
+struct NumberToken {
+    std::string text;
+    NumberKind kind;
+};
+
+// The numbers that the library's parser of a section converts in a value (white space
+// removed), split as that parser splits it.
+std::vector<NumberToken> NumbersOf(const std::string& section, const std::string& key,
+                                   const std::string& value) {
+    std::vector<NumberToken> numbers;
+    const auto each = [&numbers](const std::string& text, char delimiter, NumberKind kind) {
+        for (const std::string& token : Split(text, delimiter)) numbers.push_back({token, kind});
+    };
+    const bool volume = section == HalControlConfig::kVolumeSubtypesSection;
+    if (section == HalControlConfig::kSampleRatesSection) {
+        each(value, '|', NumberKind::kInteger);
+        return numbers;
+    }
+    if (section == Hifi3zHalControlConfig::kCoefsConverterSection) {
+        if (key.compare(0, 11, "AudioFormat") == 0)
+            numbers.push_back({value, NumberKind::kInteger});
+        return numbers;
+    }
+    if (section == HalControlConfig::kFeaturesSection) {
+        numbers.push_back({value, NumberKind::kUnsigned});
+        return numbers;
+    }
+    if (volume || section == HalControlConfig::kOrientationSubtypesSection) {
+        for (const std::string& entry : Split(value, ',')) {
+            const std::vector<std::string> pair = Split(entry, ':');
+            if (pair.size() != 2) continue;
+            numbers.push_back({pair[0], volume ? NumberKind::kFloat : NumberKind::kAngle});
+            if (pair[1] == "NULL" || pair[1] == "DEFAULT_ANGLE") continue;
+            if (volume) {
+                numbers.push_back({pair[1], NumberKind::kUnsigned});
+            } else {
+                each(pair[1], '|', NumberKind::kUnsigned);
+            }
+        }
+        return numbers;
+    }
+    // Presets, controls and custom actions: TAG:TEXT entries.
+    const bool presets = section == HalControlConfig::kPresetsSection;
+    const bool controls = section == HalControlConfig::kControlsSection;
+    const bool action = section.compare(0, std::strlen(HalControlConfig::kCustomActionPrefix),
+                                        HalControlConfig::kCustomActionPrefix) == 0;
+    for (const std::string& entry : Split(value, ',')) {
+        const auto tagAndText = CutAtFirst(entry, ':');
+        const std::string& tag = tagAndText.first;
+        const std::string& text = tagAndText.second;
+        if ((presets && (tag == "OM" || tag == "SM")) || (controls && tag == "DEV")) {
+            numbers.push_back({text, NumberKind::kUnsigned});
+        } else if (presets && tag == "ST") {
+            each(text, '|', NumberKind::kUnsigned);
+        } else if (action && tag == "PRIORITY") {
+            numbers.push_back({text, NumberKind::kInteger});
+        } else if (action && tag == "NUMBERS") {
+            for (const std::string& position : Split(text, ':'))
+                each(position, '|', NumberKind::kInteger);
+        }
+    }
+    return numbers;
+}
+
+// What the library reads from a number that it reads only in part (trailing characters, a
+// fraction of an angle, a negative or too large unsigned number): "44100abc" gives "44100".
+// Empty when it reads the whole text, or nothing at all (the parser refuses that itself).
+std::string LooseReading(const NumberToken& number) {
+    const char* begin = number.text.c_str();
+    char* end = nullptr;
+    errno = 0;
+    switch (number.kind) {
+        case NumberKind::kInteger: {
+            const long value = std::strtol(begin, &end, 10);
+            if (end == begin || errno != 0 || value < INT_MIN || value > INT_MAX) return "";
+            return *end == '\0' ? "" : std::to_string(value);
+        }
+        case NumberKind::kUnsigned: {
+            const unsigned long value = std::strtoul(begin, &end, 10);
+            if (end == begin || errno != 0) return "";
+            const bool whole = *end == '\0' && number.text[0] != '-' && value <= UINT32_MAX;
+            return whole ? "" : std::to_string(static_cast<uint32_t>(value));
+        }
+        case NumberKind::kFloat: {
+            const float value = std::strtof(begin, &end);
+            if (end == begin || errno != 0) return "";
+            return *end == '\0' ? "" : Number(value);
+        }
+        case NumberKind::kAngle: {
+            const double value = std::strtod(begin, &end);
+            if (end == begin || errno != 0 || !(value > -2147483649.0 && value < 2147483648.0))
+                return "";
+            const auto angle = static_cast<int64_t>(value);
+            return *end == '\0' && angle == value ? "" : std::to_string(angle);
+        }
+    }
+    return "";
+}
+
 }  // namespace
 
 ConfigChecker::ConfigChecker(const std::string& path) : m_path(path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) throw ZbctlError("cannot read configuration " + path);
-    std::ostringstream text;
-    text << file.rdbuf();
-    m_text = text.str();
+    const std::vector<char> bytes = ReadFileBytes(path, "configuration");
+    m_text.assign(bytes.begin(), bytes.end());
+    // The library's reader stops at the first NUL byte, and so does everything below.
+    const size_t nul = m_text.find('\0');
+    if (nul != std::string::npos) {
+        m_text.resize(nul);
+        const size_t lineStart = m_text.rfind('\n');
+        Add(static_cast<size_t>(std::count(m_text.begin(), m_text.end(), '\n')) + 1, "(file)",
+            "a NUL byte at column " +
+                std::to_string(nul - (lineStart == std::string::npos ? 0 : lineStart + 1) + 1) +
+                ": the library reads nothing from there on",
+            true);
+    }
     IndexLines();
 }
 
@@ -116,14 +236,14 @@ bool ConfigChecker::HasErrors() const {
 
 void ConfigChecker::Check() {
     auto ini = std::make_shared<CIniFile>();
-    if (!ini->LoadFile(m_path)) throw ZbctlError("cannot read configuration " + m_path);
+    ini->LoadMemory(m_text);
     Hifi3zHalControlConfig config;
     LineParsers parsers = config.MakeLineParsers();
 
     // A custom action section whose id is not a number makes the library throw before any line
     // is parsed; such sections are reported and left out here.
     auto actionSections = std::make_shared<CIniFile>();
-    actionSections->LoadFile(m_path);
+    actionSections->LoadMemory(m_text);
     const std::string prefix = HalControlConfig::kCustomActionPrefix;
     for (const auto& section : ini->GetSections()) {
         const std::string& name = section.second->GetName();
@@ -133,6 +253,11 @@ void ConfigChecker::Check() {
         } catch (const std::exception& e) {
             Add(LineOfSection(name), "[" + name + "]", ExceptionText(e), true);
             actionSections->RemoveSection(name);
+        }
+        const NumberToken id{name.substr(prefix.size()), NumberKind::kInteger};
+        if (!LooseReading(id).empty()) {
+            Add(LineOfSection(name), "[" + name + "]",
+                "section name: \"" + id.text + "\" is read as " + LooseReading(id), false);
         }
     }
     config.AddCustomActionParsers(actionSections, parsers);
@@ -156,6 +281,12 @@ void ConfigChecker::Check() {
             for (const LogRecorder::Line& logged : recorder.Take()) {
                 Add(line, where, logged.text, logged.level >= kErrorLevel);
             }
+            for (const NumberToken& number : NumbersOf(sectionAndParser.first, name, value)) {
+                const std::string read = LooseReading(number);
+                if (!read.empty()) {
+                    Add(line, where, "\"" + number.text + "\" is read as " + read, false);
+                }
+            }
             if (sectionAndParser.first == HalControlConfig::kPresetsSection &&
                 config.GetPresets().count(name) == 0) {
                 Add(line, where, "dropped without a log line: OM and SM are both required", true);
@@ -173,6 +304,21 @@ void ConfigChecker::Check() {
                     Add(line, where, "unknown key: ignored", false);
                 }
             }
+        }
+    }
+
+    if (m_text.find_first_not_of(" \t\r\n\v\f") == std::string::npos) {
+        Add(0, "(file)", "empty: the library reads no configuration from it", true);
+    } else {
+        if (config.GetPresets().empty()) {
+            Add(LineOfSection(HalControlConfig::kPresetsSection),
+                std::string("[") + HalControlConfig::kPresetsSection + "]",
+                "no preset: no control can select one", true);
+        }
+        if (config.GetControls().empty()) {
+            Add(LineOfSection(HalControlConfig::kControlsSection),
+                std::string("[") + HalControlConfig::kControlsSection + "]",
+                "no control: no instance of the effect can work", true);
         }
     }
 
@@ -316,10 +462,10 @@ void ConfigChecker::CheckPresets(const ZpsDocument& presets, const std::string& 
 }
 
 void ConfigChecker::Print(std::ostream& out) const {
-    out << "configuration " << m_path << "\n";
+    out << "configuration " << Printable(m_path) << "\n";
     for (const auto& item : m_summary) {
         out << "  " << item.first << (item.second.empty() ? ": none" : ":") << "\n";
-        for (const std::string& line : item.second) out << "    " << line << "\n";
+        for (const std::string& line : item.second) out << "    " << Printable(line) << "\n";
     }
     size_t errors = 0;
     size_t warnings = 0;
@@ -328,10 +474,11 @@ void ConfigChecker::Print(std::ostream& out) const {
                      [](const Finding& a, const Finding& b) { return a.line < b.line; });
     for (const Finding& finding : findings) {
         (finding.error ? errors : warnings)++;
-        out << m_path << ":";
-        if (finding.line != 0) out << finding.line << ":";
-        out << " " << (finding.error ? "refused" : "warning") << ": " << finding.where << ": "
-            << finding.reason << "\n";
+        out << Printable(m_path + ":" +
+                         (finding.line != 0 ? std::to_string(finding.line) + ":" : "") + " " +
+                         (finding.error ? "refused" : "warning") + ": " + finding.where + ": " +
+                         finding.reason)
+            << "\n";
     }
     out << errors << " refused, " << warnings << " warnings\n";
 }

@@ -15,7 +15,9 @@ namespace zbctl {
 /// Checks a HAL configuration with the library's own INI reader and line parsers, one line at
 /// a time, and reports what it defines and every line the library refuses, with the library's
 /// own log text as the reason. A line whose parser throws (which would make zb_initialize
-/// throw) is reported as such and checking goes on with the next line.
+/// throw) is reported as such and checking goes on with the next line. A configuration that
+/// cannot work as a whole (empty, without presets or controls, cut by a NUL byte) is refused,
+/// and a number that a parser reads only in part is a warning. Print escapes what it echoes.
 class ConfigChecker {
   public:
     struct Finding {

@@ -213,7 +213,8 @@ void AddCheckConfigCommand(CLI::App& app, std::vector<Command>& commands) {
     auto paths = std::make_shared<std::pair<std::string, std::string>>();
     CLI::App* check = app.add_subcommand(
         "check-config",
-        "Parse a configuration with the library's parsers; exits 1 when a line is refused");
+        "Parse a configuration with the library's parsers; exits 1 when a line is refused or the "
+        "configuration cannot work");
     check->add_option("INI", paths->first, "Configuration")->required();
     check->add_option("--presets", paths->second,
                       "System preset file whose presets the controls must find");

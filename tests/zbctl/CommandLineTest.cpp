@@ -171,12 +171,33 @@ TEST_F(CommandLine, EveryFaultHasItsExitStatusAndMessage) {
         {"check-config " + std::string(ZBCTL_EXAMPLES_DIR) +
              "/example.ini --presets {dir}/bad.json",
          1, "zbctl: {dir}/bad.json: not a preset file: the magic \"BPBZ\" is missing\n"},
+        {"msg decode ''", 1, "zbctl: not base64: the text is empty\n"},
+        {"msg decode '!!'", 1, "zbctl: not base64: \"!!\"\n"},
+        {"msg decode 'AQAAAIMAAAAAAAAAAAAMwA==garbage'", 1,
+         "zbctl: not base64: \"garbage\" follows the base64 text at character 25\n"},
+        {"msg decode 'LwAAAAEAAAA=;'", 1,
+         "zbctl: not base64: \";\" follows the base64 text at character 13\n"},
+        {"msg decode AAAAA", 1,
+         "zbctl: not base64: 5 characters and 0 \"=\" do not make whole bytes\n"},
+        {"msg decode LwAAAAEAAAA===", 1,
+         "zbctl: not base64: 11 characters and 3 \"=\" do not make whole bytes\n"},
+        {"msg decode 'dsp_instance=x;tessel_data=LwAAAAEAAAA='", 1,
+         "zbctl: the envelope's instance \"x\" is not a number from 0 to 4294967295\n"},
+        {"msg decode 'dsp_instance=4294967296;tessel_data=LwAAAAEAAAA='", 1,
+         "zbctl: the envelope's instance \"4294967296\" is not a number from 0 to "
+         "4294967295\n"},
+        {"msg decode 'dsp_instance=1;tessel_data=LwAAAAEAAAA=x'", 1,
+         "zbctl: not base64: \"x\" follows the base64 text at character 13\n"},
+        {"msg decode 'dsp_instance=1;other=AAAA'", 1,
+         "zbctl: not base64: \"_instance=1;othe...\" follows the base64 text at character 4\n"},
         // The library's own reasons come first, as it logs them.
         {"msg decode AAAAAA==", 1,
          "TESSEL_LOG_FXModule E invalid id 0\n"
          "zbctl: not a message: fewer than 4 bytes or an invalid id\n"},
         {"run --input /nonexistent.wav --output {dir}/o.wav", 1,
          "zbctl: cannot read audio /nonexistent.wav: System error : No such file or directory.\n"},
+        {"msg decode @/nonexistent", 1,
+         "zbctl: cannot read /nonexistent: No such file or directory\n"},
     };
     for (const Row& row : rows) {
         const test::CommandResult result = test::RunZbctl(Expand(row.arguments, m_root));
@@ -266,6 +287,22 @@ TEST_F(CommandLine, ToneWritesTheSameBytesEveryTime) {
     EXPECT_EQ(first.substr(108), std::string(4, '\0'));
     ASSERT_EQ(test::RunZbctl(command).status, 0);
     EXPECT_EQ(test::ReadFile(m_dir.Path("t.wav")), first);
+}
+
+TEST_F(CommandLine, MsgDecodeReadsTheTextFromAnArgumentStandardInputOrAFile) {
+    m_dir.Write("n.txt", "  dsp_instance=0;tessel_data=HwAAAAAAAAAAAAAAAAA0wA==\r\n");
+    const std::vector<std::pair<std::string, std::string>> rows = {
+        {"msg decode - < {dir}/n.txt", "instance 0: UpdateLinkLawsSourceParameter 0 -20\n"},
+        {"msg decode @{dir}/n.txt", "instance 0: UpdateLinkLawsSourceParameter 0 -20\n"},
+        {"msg decode ' AQAAAIMAAAAAAAAAAAAMwA==\n'", "SetParameter 131 -3.5\n"},
+        // id 7, 6 bytes of text "a", ESC, "[2Jb": the terminal gets the escape escaped.
+        {"msg decode BwAAAAYAAABhG1sySmI=", "GetVersion a\\x1b[2Jb\n"},
+    };
+    for (const auto& row : rows) {
+        const test::CommandResult result = test::RunZbctl(Expand(row.first, m_root));
+        EXPECT_EQ(result.status, 0) << row.first;
+        EXPECT_EQ(result.out, row.second) << row.first;
+    }
 }
 
 }  // namespace

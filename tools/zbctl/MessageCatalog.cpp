@@ -1,13 +1,16 @@
 #include "MessageCatalog.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <map>
 #include <sstream>
 
+#include "Printable.h"
 #include "ZbctlError.h"
 #include "protocol/Base64.h"
 #include "protocol/BoolMessages.h"
@@ -526,19 +529,48 @@ std::string MessageCatalog::Describe(const std::vector<char>& frame, MessageDire
 
 std::vector<char> MessageCatalog::FrameOfText(const std::string& text, std::string& instance) {
     instance.clear();
-    if (text.find(ZbAocTuningProtocol::kTesselDataKey) == std::string::npos) {
-        return Base64::Decode(text);
+    const char* const kSpace = " \t\r\n\v\f";
+    const size_t first = text.find_first_not_of(kSpace);
+    const std::string trimmed = first == std::string::npos
+                                    ? ""
+                                    : text.substr(first, text.find_last_not_of(kSpace) + 1 - first);
+    if (trimmed.find(ZbAocTuningProtocol::kTesselDataKey) == std::string::npos) {
+        return DecodeBase64Text(trimmed);
     }
     const std::string key = std::string(ZbAocTuningProtocol::kDspInstanceKey) + "=";
-    if (text.compare(0, key.size(), key) == 0) {
-        instance = text.substr(key.size(), text.find(';') - key.size());
+    if (trimmed.compare(0, key.size(), key) == 0) {
+        instance = trimmed.substr(key.size(), trimmed.find(';') - key.size());
+        if (instance.empty() || instance.size() > 10 ||
+            instance.find_first_not_of("0123456789") != std::string::npos ||
+            std::stoull(instance) > UINT32_MAX) {
+            throw ZbctlError("the envelope's instance \"" + Printable(instance) +
+                             "\" is not a number from 0 to 4294967295");
+        }
     }
-    std::vector<char> frame;
-    if (!ZbAocTuningProtocol::UnwrapBase64(std::vector<char>(text.begin(), text.end()), frame)) {
-        throw ZbctlError("the envelope holds no " +
-                         std::string(ZbAocTuningProtocol::kTesselDataKey));
+    std::string data;
+    ZbAocTuningProtocol::ExtractData(trimmed, data);
+    return DecodeBase64Text(data);
+}
+
+std::vector<char> MessageCatalog::DecodeBase64Text(const std::string& text) {
+    const auto shown = [&text](size_t from) {
+        return "\"" + Printable(text.substr(from, 16)) + (text.size() - from > 16 ? "...\"" : "\"");
+    };
+    if (text.empty()) throw ZbctlError("not base64: the text is empty");
+    const size_t end = std::min(text.find_first_not_of(Base64::kAlphabet), text.size());
+    const size_t stop = std::min(text.find_first_not_of('=', end), text.size());
+    const size_t padding = stop - end;
+    if (stop < text.size()) {
+        throw ZbctlError(stop == 0 ? "not base64: " + shown(0)
+                                   : "not base64: " + shown(stop) +
+                                         " follows the base64 text at character " +
+                                         std::to_string(stop + 1));
     }
-    return frame;
+    if (end % 4 == 1 || padding > 2 || (padding > 0 && (end + padding) % 4 != 0)) {
+        throw ZbctlError("not base64: " + std::to_string(end) + " characters and " +
+                         std::to_string(padding) + " \"=\" do not make whole bytes");
+    }
+    return Base64::Decode(text);
 }
 
 std::string MessageCatalog::UsageList() {

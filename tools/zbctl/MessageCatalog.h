@@ -32,10 +32,15 @@ class MessageCatalog {
     /// it.
     static std::string Describe(const std::vector<char>& frame, MessageDirection direction);
 
-    /// The frame carried by a command, reply or notification text: base64, or base64 inside
-    /// the text envelope, whose instance then goes to instance (left empty otherwise). Throws
-    /// ZbctlError when an envelope has no data key.
+    /// The frame carried by a command, reply or notification text, white space around it
+    /// left out: base64, or base64 inside the text envelope, whose instance then goes to
+    /// instance (left empty otherwise). Throws ZbctlError when the base64 is not valid
+    /// (DecodeBase64Text) or the envelope's instance is not a number.
     static std::vector<char> FrameOfText(const std::string& text, std::string& instance);
+
+    /// The bytes of text that is base64 and nothing else: the alphabet, then as many "=" as
+    /// fill the last group of four. Throws ZbctlError "not base64: ..." naming what is wrong.
+    static std::vector<char> DecodeBase64Text(const std::string& text);
 
     /// "Name FIELD..." of every message, one per line, for help texts.
     static std::string UsageList();

@@ -10,6 +10,7 @@
 #include "FileAccess.h"
 #include "LogRecorder.h"
 #include "MessageCatalog.h"
+#include "Printable.h"
 #include "ZbctlError.h"
 #include "config/CIniFile.h"
 #include "config/Hifi3zHalControlConfig.h"
@@ -28,23 +29,6 @@ constexpr uint32_t kVersionBufferSize = 256;
 std::string ReadText(const std::string& path, const std::string& what) {
     const std::vector<char> bytes = ReadFileBytes(path, what);
     return std::string(bytes.begin(), bytes.end());
-}
-
-// Printable text of a notification: control bytes as \xNN.
-std::string Printable(const void* data, uint32_t size) {
-    std::string text;
-    const auto* bytes = static_cast<const unsigned char*>(data);
-    for (uint32_t i = 0; i < size; ++i) {
-        if (bytes[i] == 0 && i + 1 == size) break;  // a closing terminator
-        if (bytes[i] >= 0x20 && bytes[i] < 0x7F) {
-            text += static_cast<char>(bytes[i]);
-        } else {
-            char escaped[8];
-            std::snprintf(escaped, sizeof(escaped), "\\x%02x", bytes[i]);
-            text += escaped;
-        }
-    }
-    return text;
 }
 
 // Reads frame into piece when it is a piece of a long transfer.
@@ -135,7 +119,9 @@ int ScenarioRunner::SendTrampoline(void*, uint32_t instance, const void* data, u
 
 int ScenarioRunner::NotifyTrampoline(void*, const void* data, uint32_t size, void* context) {
     auto* runner = static_cast<ScenarioRunner*>(context);
-    const std::string text = Printable(data, size);
+    const auto* bytes = static_cast<const char*>(data);
+    if (size > 0 && bytes[size - 1] == '\0') --size;  // a closing terminator
+    const std::string text = Printable(bytes, size);
     runner->Event("notification", text);
     std::string instance;
     std::vector<char> frame;

@@ -117,11 +117,26 @@ int MsgEncode(const std::vector<std::string>& words, bool wrap, uint32_t instanc
     return kExitSuccess;
 }
 
-int MsgDecode(const std::string& text) {
+// The text that a TEXT argument names: itself, standard input for "-", a file for "@FILE".
+std::string TextOfArgument(const std::string& argument) {
+    if (argument == "-") {
+        std::ostringstream text;
+        text << std::cin.rdbuf();
+        return text.str();
+    }
+    if (argument.compare(0, 1, "@") == 0) {
+        const std::vector<char> bytes = ReadFileBytes(argument.substr(1), "");
+        return std::string(bytes.begin(), bytes.end());
+    }
+    return argument;
+}
+
+int MsgDecode(const std::string& argument) {
     std::string instance;
-    const std::vector<char> frame = MessageCatalog::FrameOfText(text, instance);
-    if (!instance.empty()) std::cout << "instance " << instance << ": ";
-    std::cout << MessageCatalog::Describe(frame, MessageDirection::kAny) << "\n";
+    const std::vector<char> frame = MessageCatalog::FrameOfText(TextOfArgument(argument), instance);
+    std::cout << Printable((instance.empty() ? "" : "instance " + instance + ": ") +
+                           MessageCatalog::Describe(frame, MessageDirection::kAny))
+              << "\n";
     return kExitSuccess;
 }
 
@@ -264,7 +279,10 @@ void AddMsgCommands(CLI::App& app, std::vector<Command>& commands) {
     auto text = std::make_shared<std::string>();
     CLI::App* decodeCommand = msg->add_subcommand(
         "decode", "Print a command, reply or notification text (with or without its envelope)");
-    decodeCommand->add_option("TEXT", *text, "base64 text, or the whole notification text")
+    decodeCommand
+        ->add_option("TEXT", *text,
+                     "base64 text, or the whole notification text; - reads it from standard "
+                     "input, @FILE from a file")
         ->required();
     commands.push_back({decodeCommand, [text] { return MsgDecode(*text); }});
 }

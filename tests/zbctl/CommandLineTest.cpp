@@ -48,6 +48,7 @@ class CommandLine : public ::testing::Test {
     CommandLine() {
         m_dir.Write("p.json", R"({"presets": [{"output_mode": 1, "sound_mode": 1, "name": "P"}]})");
         m_dir.Write("bad.json", R"({"presets": [{"output_mode": 1}]})");
+        m_dir.Write("bad.scenario", "set_active 1 1\n# fine so far\nset_volume\n");
         std::filesystem::create_symlink(m_dir.Path("p.json"), m_dir.Path("link.json"));
         std::filesystem::create_symlink(kExampleInput, m_dir.Path("in.wav"));
         m_dir.Write("cut.zps", "BPBZ");
@@ -119,6 +120,10 @@ TEST_F(CommandLine, EveryFaultHasItsExitStatusAndMessage) {
          "TESSEL_LOG_FXModule E open file (/nonexistent.zps) failed! 2, No such file or "
          "directory\n"
          "TESSEL_LOG_FXModule E load preset /nonexistent.zps  fail\n"},
+        // A bad scenario line stops the run before the library is loaded: it logs nothing.
+        {"run --scenario {dir}/bad.scenario", 1,
+         "zbctl: {dir}/bad.scenario:3: set_volume takes 1 argument(s), 0 given; usage: "
+         "set_volume LINEAR_VOLUME\n"},
         {"run --library /nonexistent/lib.so", 1,
          "zbctl: cannot load /nonexistent/lib.so: /nonexistent/lib.so: cannot open shared object "
          "file: No such file or directory\n"},
@@ -290,6 +295,7 @@ TEST_F(CommandLine, ToneWritesTheSameBytesEveryTime) {
 }
 
 TEST_F(CommandLine, MsgDecodeReadsTheTextFromAnArgumentStandardInputOrAFile) {
+    // id 31, source 0, -20 (0xC034000000000000): a notification as a device logs it.
     m_dir.Write("n.txt", "  dsp_instance=0;tessel_data=HwAAAAAAAAAAAAAAAAA0wA==\r\n");
     const std::vector<std::pair<std::string, std::string>> rows = {
         {"msg decode - < {dir}/n.txt", "instance 0: UpdateLinkLawsSourceParameter 0 -20\n"},

@@ -1,10 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
 #include "Scenario.h"
 #include "ZbctlError.h"
-#include "ZbctlTestSupport.h"
 
 namespace TesselFX {
 namespace zbctl {
@@ -92,19 +89,6 @@ TEST(Scenario, ErrorsNameTheLineAndTheFault) {
     EXPECT_EQ(ErrorOf("set_orientation 0x10\n"),
               "s.txt:1: \"0x10\" is not a whole number from -2147483648 to 2147483647; usage: "
               "set_orientation DEGREES");
-}
-
-TEST(Scenario, RunReportsTheBadLineBeforeCallingTheLibrary) {
-    test::TempDir dir;
-    const std::string path =
-        dir.Write("bad.scenario", "set_active 1 1\n# fine so far\nset_volume\n");
-    const auto result = test::RunZbctl("run --scenario " + path);
-    EXPECT_EQ(result.status, 1);
-    // Nothing was called: the trace stops at its header.
-    EXPECT_EQ(result.out.find("zb_create"), std::string::npos);
-    EXPECT_EQ(result.err,
-              "zbctl: " + path +
-                  ":3: set_volume takes 1 argument(s), 0 given; usage: set_volume LINEAR_VOLUME\n");
 }
 
 }  // namespace

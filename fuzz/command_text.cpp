@@ -1,23 +1,41 @@
 // Tuning commands through zb_set_command and zb_get_command on an initialised handle with a
-// notifier. The input is a sequence of commands, each a flags byte, a u16 length and that many
-// bytes: bit 0 of the flags makes it a zb_get_command, bit 1 passes the bytes as text as they
-// are (else they are a frame and are base64-coded first), bits 2 and 3 pick the instance
-// (0 to 3), and bits 4 to 7 the reply room (16 << n bytes). Pieces of a long transfer, tuning
-// mode and every message id are reached by consecutive commands.
+// notifier. The input is a sequence of commands (CommandInput.h): frames that are base64-coded
+// first, or text as it is, through either call, on instances 0 to 3, with reply rooms of 16 to
+// 2048 bytes. Pieces of long transfers both ways, tuning mode and every message id are reached
+// by consecutive commands; the custom mutator below works on the decoded frames. Replies and
+// notifications are read back as a tool reads them, and must be well-formed.
 #include <dlfcn.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "BringupFiles.h"
+#include "CommandInput.h"
 #include "FuzzLogSink.h"
+#include "ToolFrames.h"
+#include "protocol/BoolMessages.h"
+#include "protocol/CharArrayMessages.h"
+#include "protocol/ChunkMessages.h"
+#include "protocol/FullPresetMessages.h"
+#include "protocol/MultipleMessageData.h"
+#include "protocol/ParameterArrayMessages.h"
+#include "protocol/ParameterMessages.h"
+#include "protocol/UpdateMetersMessageData.h"
+#include "protocol/ZbAocTuningProtocol.h"
 #include "zbhalcontroller/zb_api.h"
 
 using namespace bringup_test;
+using TesselFX::fuzz::Command;
+using TesselFX::fuzz::CrossOverCommands;
+using TesselFX::fuzz::MutateCommands;
+using TesselFX::fuzz::ParseCommands;
+using namespace TesselFX;
 
 namespace {
 
@@ -50,26 +68,80 @@ int AnsweringSender(void*, uint32_t, const void* data, uint32_t size, void* repl
     return 0;
 }
 
-int CountingNotifier(void*, const void* data, uint32_t size, void*) {
-    // Reads every byte it was given, so that a short or dangling text shows under ASan.
-    unsigned sum = 0;
-    for (uint32_t i = 0; i < size; ++i) sum += static_cast<const unsigned char*>(data)[i];
-    return sum == 0xFFFFFFFFu ? -1 : 0;
-}
-
-std::string Base64(const uint8_t* data, size_t size) {
-    static const char kAlphabet[] =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string text;
-    for (size_t i = 0; i < size; i += 3) {
-        const uint32_t group = data[i] << 16 | (i + 1 < size ? data[i + 1] << 8 : 0) |
-                               (i + 2 < size ? data[i + 2] : 0);
-        text += kAlphabet[group >> 18 & 63];
-        text += kAlphabet[group >> 12 & 63];
-        text += i + 1 < size ? kAlphabet[group >> 6 & 63] : '=';
-        text += i + 2 < size ? kAlphabet[group & 63] : '=';
+/// Reads what the library sends back as a tool does: every reply and notification must be a
+/// frame that the answer class of its id reads, and the pieces of one session, once all have
+/// come, must merge into such a frame. Anything else aborts: a tool could not read it.
+class AnswerReader {
+  public:
+    void Clear() {
+        m_pieces.clear();
+        m_lastSession = 0;
     }
-    return text;
+    /// The session of the last piece read; a request of a pending piece names it.
+    uint32_t LastSession() const { return m_lastSession; }
+
+    void Read(const std::vector<char>& frame) {
+        if (frame.empty()) return;  // a set command, or a piece that did not end a transfer
+        std::unique_ptr<MessageData> answer = AnswerOf(frame);
+        if (!answer || !answer->SetBuffer(frame.data(), static_cast<unsigned>(frame.size()))) {
+            // The one answer that may be cut: meter values beyond the payload's 10,240 bytes.
+            if (answer && answer->GetId() == UpdateMetersMessageData::kId &&
+                frame.size() >= 4 + 10240) {
+                return;
+            }
+            std::abort();
+        }
+        if (answer->GetId() == MultipleMessageData::kId) {
+            Collect(static_cast<const MultipleMessageData&>(*answer), frame);
+        }
+    }
+
+  private:
+    static std::unique_ptr<MessageData> AnswerOf(const std::vector<char>& frame) {
+        switch (MessageData::GetMessageId(frame.data(), static_cast<unsigned>(frame.size()))) {
+            case 2: return std::make_unique<ReplyParameterMessageData>();
+            case 4: return std::make_unique<ReplyParameterArrayMessageData>();
+            case 6: return std::make_unique<ReplyChunkMessageData>();
+            case 31: return std::make_unique<UpdateLinkLawsSourceParameterMessageData>();
+            case 34: return std::make_unique<UpdateLinkLawsSourceParameterArrayMessageData>();
+            case 37: return std::make_unique<UpdateMetersMessageData>();
+            case 38: return std::make_unique<UpdateVersionMessageData>();
+            case 40: return std::make_unique<UpdateEnableMessageData>();
+            case 43: return std::make_unique<UpdateBypassMessageData>();
+            case 48: return std::make_unique<ReplyTuningModeValidationMessageData>();
+            case 49: return std::make_unique<ReplyTuningModeMessageData>();
+            case 51: return std::make_unique<ReplyFullPresetMessageData>();
+            case 52: return std::make_unique<MultipleMessageData>();
+            default: return nullptr;
+        }
+    }
+
+    void Collect(const MultipleMessageData& piece, const std::vector<char>& frame) {
+        m_lastSession = piece.GetSessionId();
+        std::map<uint32_t, std::vector<char>>& pieces = m_pieces[m_lastSession];
+        pieces.emplace(piece.GetCurrentMsgCounter(), frame);
+        if (pieces.size() < piece.GetTotalMsgCount()) return;
+        std::vector<std::vector<char>> frames;
+        for (auto& entry : pieces) frames.push_back(std::move(entry.second));
+        m_pieces.erase(m_lastSession);
+        std::vector<char> merged;
+        if (!MultipleMessageData::MergeBuffers(frames, merged)) std::abort();
+        Read(merged);
+    }
+
+    std::map<uint32_t, std::map<uint32_t, std::vector<char>>> m_pieces;
+    uint32_t m_lastSession = 0;
+};
+
+AnswerReader g_answers;
+
+int ReadingNotifier(void*, const void* data, uint32_t size, void*) {
+    std::vector<char> frame;
+    const std::vector<char> text(static_cast<const char*>(data),
+                                 static_cast<const char*>(data) + size);
+    if (!ZbAocTuningProtocol::UnwrapBase64(text, frame)) std::abort();
+    g_answers.Read(frame);
+    return 0;
 }
 
 std::string PresetsWithLaws() {
@@ -116,26 +188,40 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         1) {
         std::abort();
     }
-    zb_register_notifier(handle, 1, CountingNotifier);
+    g_answers.Clear();
+    zb_register_notifier(handle, 1, ReadingNotifier);
     zb_set_active(handle, 1, 1, 1);
-    size_t at = 0;
-    while (at + 3 <= size) {
-        const uint8_t flags = data[at];
-        const size_t length = std::min<size_t>(data[at + 1] | data[at + 2] << 8, size - at - 3);
-        const uint8_t* bytes = data + at + 3;
-        at += 3 + length;
-        std::string text = (flags & 2) != 0
-                               ? std::string(reinterpret_cast<const char*>(bytes), length)
-                               : Base64(bytes, length);
-        const uint32_t instance = flags >> 2 & 3;
-        if ((flags & 1) != 0) {
-            std::vector<char> reply(16u << (flags >> 4));
-            zb_get_command(handle, instance, text.c_str(), reply.data(),
-                           static_cast<uint32_t>(reply.size()));
+    for (Command& command : ParseCommands(data, size)) {
+        if ((command.flags & Command::kLastSession) != 0 && command.bytes.size() >= 16) {
+            command.bytes.replace(12, 4, U32(g_answers.LastSession()));
+        }
+        const std::string text = (command.flags & Command::kText) != 0
+                                     ? command.bytes
+                                     : ToText(command.bytes);
+        if ((command.flags & Command::kGet) != 0) {
+            std::vector<char> reply(command.ReplyRoom());
+            if (zb_get_command(handle, command.Instance(), text.c_str(), reply.data(),
+                               static_cast<uint32_t>(reply.size())) == 1) {
+                const std::string frame =
+                    FromText(std::string(reply.data(), strnlen(reply.data(), reply.size())));
+                g_answers.Read(std::vector<char>(frame.begin(), frame.end()));
+            }
         } else {
-            zb_set_command(handle, instance, &text[0]);
+            std::string writable = text;
+            zb_set_command(handle, command.Instance(), &writable[0]);
         }
     }
     zb_destroy(&handle);
     return 0;
+}
+
+extern "C" size_t LLVMFuzzerCustomMutator(uint8_t* data, size_t size, size_t maxSize,
+                                          unsigned int seed) {
+    return MutateCommands(data, size, maxSize, seed);
+}
+
+extern "C" size_t LLVMFuzzerCustomCrossOver(const uint8_t* first, size_t firstSize,
+                                            const uint8_t* second, size_t secondSize,
+                                            uint8_t* out, size_t maxSize, unsigned int seed) {
+    return CrossOverCommands(first, firstSize, second, secondSize, out, maxSize, seed);
 }

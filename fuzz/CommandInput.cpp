@@ -148,9 +148,10 @@ std::string Frame(Random& random, uint32_t id) {
         case Layout::kParameter:
             return Msg(id, U32(Pick(random, kParameterIds)) + F64(Value(random)));
         case Layout::kParameterArray:
-            return Msg(id, Pairs(random, Below(random, 5)));
+            return Msg(id, Pairs(random, Below(random, 9)));
         case Layout::kUintArray: {
-            const uint32_t count = Below(random, 6);
+            // Up to twelve ids: a reply long enough to come in pieces.
+            const uint32_t count = Below(random, 13);
             std::string ids = U32(count);
             for (uint32_t i = 0; i < count; ++i) ids += U32(Pick(random, kParameterIds));
             return Msg(id, ids);

@@ -23,9 +23,15 @@
 #include "protocol/CharArrayMessages.h"
 #include "protocol/ChunkMessages.h"
 #include "protocol/FullPresetMessages.h"
+#include "protocol/IdMessages.h"
 #include "protocol/MultipleMessageData.h"
 #include "protocol/ParameterArrayMessages.h"
 #include "protocol/ParameterMessages.h"
+#include "protocol/RequestMetersMessageData.h"
+#include "protocol/RequestMultipleMessageData.h"
+#include "protocol/SetLinkLawsValueMessageData.h"
+#include "protocol/UintArrayMessages.h"
+#include "protocol/UintMessages.h"
 #include "protocol/UpdateMetersMessageData.h"
 #include "protocol/ZbAocTuningProtocol.h"
 #include "zbhalcontroller/zb_api.h"
@@ -135,6 +141,57 @@ class AnswerReader {
 
 AnswerReader g_answers;
 
+/// The request class that the parser reads a frame of id with, or null.
+std::unique_ptr<MessageData> RequestOf(uint32_t id) {
+    switch (id) {
+        case 1: return std::make_unique<SetParameterMessageData>();
+        case 3: return std::make_unique<SetParameterArrayMessageData>();
+        case 5: return std::make_unique<SetChunkMessageData>();
+        case 6: return std::make_unique<GetChunkMessageData>();
+        case 7: return std::make_unique<GetVersionMessageData>();
+        case 10: return std::make_unique<GetParameterMessageData>();
+        case 11: return std::make_unique<GetParameterArrayMessageData>();
+        case 12: return std::make_unique<SetSoundModeMessageData>();
+        case 14: return std::make_unique<SetOutputModeMessageData>();
+        case 29: return std::make_unique<GetLinkLawParameterArrayMessageData>();
+        case 30: return std::make_unique<RequestLinkLawsSourceParameterMessageData>();
+        case 33: return std::make_unique<RequestLinkLawsSourceParameterArrayMessageData>();
+        case 35: return std::make_unique<SetLinkLawsValueMessageData>();
+        case 36: return std::make_unique<RequestMetersMessageData>();
+        case 39: return std::make_unique<GetEnableMessageData>();
+        case 41: return std::make_unique<SetEnableMessageData>();
+        case 42: return std::make_unique<GetBypassMessageData>();
+        case 44: return std::make_unique<SetBypassMessageData>();
+        case 45: return std::make_unique<FlushMessageData>();
+        case 46: return std::make_unique<WaitForFlushMessageData>();
+        case 47: return std::make_unique<StartTuningModeMessageData>();
+        case 48: return std::make_unique<GetTuningModeValidationMessageData>();
+        case 50: return std::make_unique<SetFullPresetMessageData>();
+        case 51: return std::make_unique<GetFullPresetMessageData>();
+        case 52: return std::make_unique<MultipleMessageData>();
+        case 53: return std::make_unique<RequestMultipleMessageData>();
+        default: return nullptr;
+    }
+}
+
+/// A request that the library reads must read the same once a tool has written it with the
+/// same class: the frame written from it reads, and writes the same bytes again.
+void CheckRequestRoundTrip(const std::string& frame) {
+    uint32_t id = 0;
+    if (frame.size() < sizeof(id)) return;
+    std::memcpy(&id, frame.data(), sizeof(id));
+    std::unique_ptr<MessageData> first = RequestOf(id);
+    if (!first || !first->SetBuffer(frame.data(), static_cast<unsigned>(frame.size()))) return;
+    const std::vector<char> written = first->GetBuffer();
+    // Meter infos beyond the payload's 10,240 bytes are cut when written, by design.
+    if (id == RequestMetersMessageData::kId && written.size() >= 10240 - 16) return;
+    std::unique_ptr<MessageData> second = RequestOf(id);
+    if (!second->SetBuffer(written.data(), static_cast<unsigned>(written.size())) ||
+        second->GetBuffer() != written) {
+        std::abort();
+    }
+}
+
 int ReadingNotifier(void*, const void* data, uint32_t size, void*) {
     std::vector<char> frame;
     const std::vector<char> text(static_cast<const char*>(data),
@@ -159,7 +216,12 @@ std::string PresetsWithLaws() {
     movie.outputMode = 1;
     movie.soundMode = 2;
     movie.parameters = {{1, 0.0}, {1054, 9.0}};
-    return PresetFile({music, quiet, movie});
+    // Enough parameters that their notification comes in pieces.
+    PresetRecord big;
+    big.outputMode = 2;
+    big.soundMode = 1;
+    for (unsigned id = 3000; id < 4100; ++id) big.parameters[id] = id / 8.0;
+    return PresetFile({music, quiet, movie, big});
 }
 
 }  // namespace
@@ -173,7 +235,8 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
                   "[HAL_SUPPORTED_SAMPLE_RATES]\nrates=48000\n"
                   "[HAL_VOLUME_SUBTYPES]\nmusicVol=-20:1,0:NULL\n"
                   "[HAL_SUPPORTED_PRESETS]\nMusic=OM:1,SM:1,VST:musicVol\nMovie=OM:1,SM:2\n"
-                  "[HAL_SUPPORTED_CONTROLS]\nSpeaker=DEV:2,SR:rates,PRESET:Music|Movie,INSTANCE:1\n"
+                  "Big=OM:2,SM:1\n"
+                  "[HAL_SUPPORTED_CONTROLS]\nSpeaker=DEV:2,SR:rates,PRESET:Music|Movie|Big,INSTANCE:1\n"
                   "Phone=DEV:4,SR:rates,PRESET:Movie,INSTANCE:2\n"
                   "[COEFS_CONVERTER_SETTING]\nDspKitPath64=" DSPKIT_SIM_PATH "\n");
     // Keeps the stand-in library loaded between inputs.
@@ -195,6 +258,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         if ((command.flags & Command::kLastSession) != 0 && command.bytes.size() >= 16) {
             command.bytes.replace(12, 4, U32(g_answers.LastSession()));
         }
+        if ((command.flags & Command::kText) == 0) CheckRequestRoundTrip(command.bytes);
         const std::string text = (command.flags & Command::kText) != 0
                                      ? command.bytes
                                      : ToText(command.bytes);

@@ -14,12 +14,17 @@
 # make coverage    builds with --coverage into build-coverage/, runs every test there, and writes
 #                  line and branch coverage of src/ per file and per folder, text and HTML, in
 #                  build-coverage/ (scripts/coverage); fails when a target is missed
+# make soak        runs the stress workload for MINUTES minutes (10), checking memory, call times
+#                  and the DSP state (never part of make test)
 SANITIZE ?=
 BUILD_TYPE ?= RelWithDebInfo
 comma := ,
 BUILD_DIR ?= build$(if $(SANITIZE),-$(subst $(comma),-,$(SANITIZE)))
 JOBS ?= $(shell nproc)
 SECONDS ?= 60
+MINUTES ?= 10
+# Where the soak's stderr, the library's log lines (gigabytes in a long run), goes.
+SOAK_LOG ?= /dev/null
 FUZZ_DIR ?= build-fuzz
 # Test binaries whose cases start threads, below build-thread/tests/.
 THREADED_TESTS ?= test_log stress/test_stress
@@ -27,7 +32,7 @@ THREADED_TESTS ?= test_log stress/test_stress
 TSAN_GTEST_FILTER ?= *
 
 .PHONY: all bootstrap configure build test demo clean test-aarch64 test-soong test-install \
-        test-asan test-tsan configure-fuzz fuzz-build fuzz bench coverage
+        test-asan test-tsan configure-fuzz fuzz-build fuzz bench coverage soak
 
 all: build
 
@@ -47,6 +52,10 @@ BENCH_ARGS ?= --benchmark_repetitions=5 --benchmark_report_aggregates_only=true
 bench: configure
 	@cmake --build $(BUILD_DIR) -j $(JOBS) --target zb_bench zb_callgrind
 	@$(BUILD_DIR)/bench/zb_bench $(BENCH_ARGS)
+
+soak: configure
+	@cmake --build $(BUILD_DIR) -j $(JOBS) --target soak
+	@$(BUILD_DIR)/tests/stress/soak $(MINUTES) 2>$(SOAK_LOG)
 
 demo: build
 	@$(BUILD_DIR)/tools/zbctl/zbctl run

@@ -415,11 +415,14 @@ bool ControlHandler::SendAllParameters(bool flag) {
         }
     }
     if (m_parameterSends != sends) {
-        // A send from inside the listener went before this one: the copy goes out whole, and
-        // the generator compares all of it with what that send left.
-        return SetParametersArrayCommandImpl(ToParameterMap(parameters), flag);
+        return SendParametersAsTheyAreNow(flag);
     }
     return SendParameterList(parameters, changes, flag);
+}
+
+bool ControlHandler::SendParametersAsTheyAreNow(bool flag) {
+    std::map<unsigned int, double> now;
+    return GetParametersArray(now) && SetParametersArrayCommandImpl(now, flag);
 }
 
 bool ControlHandler::SendParameterList(const ParameterList& all, const ParameterChanges&,
@@ -546,12 +549,15 @@ bool ControlHandler::GetChunk(unsigned int index, std::vector<char>& data) {
 
 bool ControlHandler::SetParametersArrayCommand(const std::map<unsigned int, double>& parameters,
                                                bool flag) {
-    ++m_parameterSends;
+    const unsigned int sends = ++m_parameterSends;
     std::vector<char> linkLaws;
     if (!GetChunk(ZBAC_LINKLAWS, linkLaws)) {
         linkLaws.clear();
     }
     NotifyParametersAndChunksChanged(parameters, {{ZBAC_LINKLAWS, linkLaws}});
+    if (m_parameterSends != sends) {
+        return SendParametersAsTheyAreNow(flag);
+    }
     return SetParametersArrayCommandImpl(parameters, flag);
 }
 

@@ -169,6 +169,10 @@ class ControlHandler : public IControlHandler, public IVolumeTableHelper::Volume
     /// A variant whose generator takes change lists converts only what changed.
     virtual bool SendParameterList(const ParameterList& all, const ParameterChanges& changes,
                                    bool flag);
+    /// SetParametersArrayCommandImpl with all parameters as they are now, for a send whose
+    /// listener sent from inside its call: that send went out with newer values than the copy
+    /// the listener was told of, which would otherwise overwrite them on the DSP.
+    bool SendParametersAsTheyAreNow(bool flag);
     /// What the listener is to be told of.
     struct Announcement {
         bool parameters = false;

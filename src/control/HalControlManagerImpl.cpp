@@ -211,8 +211,13 @@ bool HalControlManagerImpl::Initialize(
         "const std::set<std::string> &, const std::set<unsigned int> &, const std::map<int, "
         "std::shared_ptr<CustomAction>> &)");
     if (&handlers != &m_controlHandlers) {
-        // Handlers that are replaced must not keep a listener that points back here.
+        // Handlers that are replaced must not keep a listener that points back here, and
+        // nothing here may keep them: a listener holds its handler, and so do the maps keyed
+        // by handler. A notifier is registered again for the new handlers.
         UnregisterVolumeChangedListeners();
+        UnregisterParametersAndChunksChangedListeners();
+        m_notifiers.clear();
+        m_linkLawSourceValues.clear();
         m_controlHandlers = handlers;
     }
     m_handlerDescriptions.clear();

@@ -279,11 +279,18 @@ std::shared_ptr<IPresetHandle> PresetSet::RequestPresetHandle(unsigned int om, u
     std::shared_ptr<IPresetHandle> handle = m_presetHandleFactory->Create(
         om, sm, m_supportedSubtypeMasks[pair], systemSet->second, UserPresetsOf(pair));
     if (!handle) return nullptr;
+    // A handle's storage lasts as long as a weak pointer to it: without a walk of the pair,
+    // every mode change would leave one behind.
+    PurgeDeadPresetHandles(pair);
     m_presetHandles[pair].insert(handle);
     m_presetHandlesByOm[om].insert(handle);
     m_presetHandlesBySm[sm].insert(handle);
     handle->SetSubtypeMasks(m_enabledSubtypeMasks[pair]);
     return handle;
+}
+
+void PresetSet::PurgeDeadPresetHandles(const OmSm& omSm) {
+    ForEachPresetHandle(omSm, [](IPresetHandle&) {});
 }
 
 template <typename Action>

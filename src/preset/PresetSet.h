@@ -104,6 +104,8 @@ class PresetSet : public IPresetSet {
     /// Calls action on each live handle of the pair and purges the dead ones.
     template <typename Action>
     void ForEachPresetHandle(const OmSm& omSm, Action action);
+    /// Forgets the dead handles of the pair.
+    void PurgeDeadPresetHandles(const OmSm& omSm);
     void SetPresetHandlesSubtypeMasks(const OmSm& omSm);
     void NotifyPresetHandlesChanged(const std::set<OmSm>& omSms, SubtypeMasks masks);
     void ClearAll();

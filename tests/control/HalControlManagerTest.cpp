@@ -6,6 +6,7 @@
 #include "config/ZorbAudioSettings.h"
 #include "control/HalControlManager.h"
 #include "control/HalControlManagerImpl.h"
+#include "control/HalNotifier.h"
 
 namespace TesselFX {
 namespace test {
@@ -217,6 +218,31 @@ TEST(HalControlManagerImplTest, LinkLawSourceValuesAreKeptPerHandlerThatTookThem
     EXPECT_TRUE(f.manager.SetLinkLawsValue(settings->GetSettings(), 2, -3.0, 0.5));
     EXPECT_TRUE(f.manager.GetLinkLawsSourceValue(settings->GetSettings(), 2, value));
     EXPECT_EQ(value, -3.0);
+}
+
+TEST(HalControlManagerImplTest, ASecondInitializeLetsTheReplacedHandlersGo) {
+    HalControlManagerImpl manager;
+    std::weak_ptr<Handler> replaced;
+    {
+        Handlers first;
+        const std::shared_ptr<Handler> handler = first.Add("1");
+        replaced = handler;
+        // As a real handler does, it keeps the listener it is given, which holds it.
+        auto kept = std::make_shared<std::shared_ptr<IParametersAndChunksChangedListener>>();
+        ON_CALL(*handler, RegisterParametersAndChunksChangedListener(_))
+            .WillByDefault([kept](const auto& listener) { *kept = listener; });
+        ON_CALL(*handler, SetLinkLawsValue(_, _)).WillByDefault(Return(true));
+        manager.Initialize(first.map, {}, {}, {});
+    }
+    auto settings = Search(1);
+    ASSERT_TRUE(manager.SetLinkLawsValue(settings->GetSettings(), 0, -6.0, 0.5));
+    ASSERT_TRUE(manager.RegisterNotifier(settings->GetSettings(),
+                                         std::make_shared<HalNotifier>(nullptr, nullptr)));
+
+    Handlers second;
+    second.Add("1");
+    manager.Initialize(second.map, {}, {}, {});
+    EXPECT_TRUE(replaced.expired());
 }
 
 TEST(HalControlManagerImplTest, LinkLawParametersAndFullPresetsWalkTheHandlers) {

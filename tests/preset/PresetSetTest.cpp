@@ -2,6 +2,8 @@
 
 #include "LogCapture.h"
 #include "PresetTestData.h"
+#include "preset/PresetFactory.h"
+#include "preset/PresetHandle.h"
 #include "preset/PresetHandleFactory.h"
 #include "preset/PresetSet.h"
 #include "preset/PresetSetFactory.h"
@@ -231,6 +233,46 @@ TEST(PresetSet, EnablesSubtypesAndTellsHandles) {
     EXPECT_EQ(secondListener.calls.size(), 2u);
     first.reset();
     EXPECT_TRUE(set->SetParameter(10, 1.5, -3, -3, 0, false));
+}
+
+/// Counts the blocks it holds in live; a handle made with it keeps its block while any weak
+/// pointer to it lasts.
+template <typename T>
+struct CountingAllocator {
+    using value_type = T;
+    explicit CountingAllocator(int* count) : live(count) {}
+    template <typename U>
+    CountingAllocator(const CountingAllocator<U>& other) : live(other.live) {}
+    T* allocate(size_t n) {
+        ++*live;
+        return std::allocator<T>().allocate(n);
+    }
+    void deallocate(T* p, size_t n) {
+        --*live;
+        std::allocator<T>().deallocate(p, n);
+    }
+    bool operator==(const CountingAllocator& other) const { return live == other.live; }
+    bool operator!=(const CountingAllocator& other) const { return live != other.live; }
+    int* live;
+};
+
+struct CountingHandleFactory : IPresetHandleFactory {
+    std::shared_ptr<IPresetHandle> Create(uint32_t om, uint32_t sm, SubtypeMasks supported,
+                                          const ConstPresetPtrSet& system,
+                                          const PresetPtrSet& user) override {
+        return std::allocate_shared<PresetHandle>(
+            CountingAllocator<PresetHandle>(&live), om, sm, supported, system, user,
+            std::make_shared<CLinkLawEntrySerializer>(), std::make_shared<LinkLaws>());
+    }
+    int live = 0;
+};
+
+TEST(PresetSet, ForgetsDroppedHandlesWithoutAWalk) {
+    auto factory = std::make_shared<CountingHandleFactory>();
+    PresetSet set(SystemPresets(), {}, factory, std::make_shared<PresetFactory>());
+    // Mode changes of a host: each takes a handle and drops the one before.
+    for (int i = 0; i < 50; ++i) set.RequestPresetHandle(1 + i % 2, 1);
+    EXPECT_LE(factory->live, 2);
 }
 
 TEST(PresetSet, ReplacesAndClearsPresets) {

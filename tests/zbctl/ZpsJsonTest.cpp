@@ -15,7 +15,7 @@ using Json = nlohmann::json;
 std::string ErrorOf(const std::string& text) {
     try {
         WarningList warnings;
-        ZpsFromJson(Json::parse(text), warnings);
+        ZpsFromJson(ParseZpsJson(std::vector<char>(text.begin(), text.end()), warnings), warnings);
     } catch (const ZbctlError& e) {
         return e.what();
     }
@@ -115,6 +115,12 @@ TEST(ZpsJson, WarnsOfWhatTheLibraryTakesOtherwiseThanMeant) {
 }
 
 TEST(ZpsJson, ErrorsNameThePath) {
+    // Text that is not JSON, or holds a number no double holds, is refused by the parser.
+    EXPECT_EQ(ErrorOf(R"({"presets": [})"),
+              "[json.exception.parse_error.101] parse error at line 1, column 14: syntax error "
+              "while parsing value - unexpected '}'; expected '[', '{', or a literal");
+    EXPECT_EQ(ErrorOf(R"({"presets": [{"output_mode": 1e9999}]})"),
+              "[json.exception.out_of_range.406] number overflow parsing '1e9999'");
     EXPECT_EQ(ErrorOf(R"({"preset": []})"), "(top): unknown key \"preset\"");
     EXPECT_EQ(
         ErrorOf(

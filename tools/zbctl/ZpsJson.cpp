@@ -421,7 +421,8 @@ Json ParseZpsJson(const std::vector<char>& text, WarningList& warnings) {
     };
     try {
         return Json::parse(text.begin(), text.end(), track);
-    } catch (const Json::parse_error& e) {
+    } catch (const Json::exception& e) {
+        // A syntax error, or a number too large for a double (out_of_range).
         throw ZbctlError(e.what());
     }
 }

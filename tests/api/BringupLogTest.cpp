@@ -1,20 +1,14 @@
 // The log lines of bring-up, through the static libraries.
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
+#include "FailingEntryPoints.h"
 #include "LogCapture.h"
 #include "StaticControlObject.h"
 
 namespace TesselFX {
 namespace test {
 namespace {
-
-/// Sets DSPKIT_SIM_FAIL, the stand-in library's list of entry points to fail, for its lifetime.
-struct FailingEntryPoint {
-    explicit FailingEntryPoint(const char* name) { setenv("DSPKIT_SIM_FAIL", name, 1); }
-    ~FailingEntryPoint() { unsetenv("DSPKIT_SIM_FAIL"); }
-};
 
 class BringupLogTest : public StaticControlTest {
   protected:
@@ -33,7 +27,7 @@ TEST_F(BringupLogTest, EachFailureHasItsLine) {
 
     // A converter that cannot size its work areas skips its control without a line of its own.
     {
-        FailingEntryPoint fail("ZorbEffect_Control_Deferred_GetMaxNumCoefIDs");
+        FailingEntryPoints fail("ZorbEffect_Control_Deferred_GetMaxNumCoefIDs");
         capture.Clear();
         EXPECT_FALSE(Init(m_configPath));
         EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>{"None controller is created"});
@@ -56,7 +50,7 @@ TEST_F(BringupLogTest, SuccessMakesOneHandlerPerControlAndKeepsTheLibraryVersion
 }
 
 TEST_F(BringupLogTest, AFailedVersionQueryIsNotFatal) {
-    FailingEntryPoint fail("ZorbEffect_Revision_Get");
+    FailingEntryPoints fail("ZorbEffect_Revision_Get");
     LogCapture capture;
     ASSERT_TRUE(Init(m_configPath));
     EXPECT_EQ(capture.ErrorTexts(),

@@ -2,11 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <cstring>
 
 #include "AndroidLogFake.h"
 #include "DspKitSim.h"
+#include "FailingEntryPoints.h"
 #include "dsp/Hifi3ControlBufferGenerator.h"
 #include "dsp/ZorbEffectCoefsConverter.h"
 #include "dsp/ZorbEffectWrapper.h"
@@ -15,14 +15,8 @@ namespace TesselFX {
 namespace {
 
 using test::AndroidLogCapture;
+using test::FailingEntryPoints;
 using Strings = std::vector<std::string>;
-
-/// Sets DSPKIT_SIM_FAIL for its lifetime.
-class FailingEntryPoints {
-  public:
-    explicit FailingEntryPoints(const char* names) { setenv("DSPKIT_SIM_FAIL", names, 1); }
-    ~FailingEntryPoints() { unsetenv("DSPKIT_SIM_FAIL"); }
-};
 
 std::shared_ptr<IZorbEffectWrapper> Load(int flags = ZorbEffectWrapper::kHelperLoadFlags) {
     return ZorbEffectWrapper::Create(DSPKIT_SIM_PATH, flags);

@@ -3,8 +3,11 @@
 
 #include "DspKitSim.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
+#include <string>
 
 #include "SimEffect.h"
 
@@ -13,23 +16,44 @@ using namespace dspkit_sim;
 namespace {
 
 constexpr int kInvalid = -22;   // bad argument or state
-constexpr int kInjected = -77;  // failure asked for by DSPKIT_SIM_FAIL
+constexpr int kInjected = -77;  // failure asked for by DspKitSim_SetFailures
 
-/// True when DSPKIT_SIM_FAIL, a comma-separated list of entry point names, holds name.
-bool Injected(const char* name) {
-    const char* list = std::getenv("DSPKIT_SIM_FAIL");
-    if (list == nullptr) return false;
-    const size_t length = std::strlen(name);
-    for (const char* item = list; *item != '\0';) {
-        const char* end = std::strchr(item, ',');
-        const size_t itemLength =
-            end != nullptr ? static_cast<size_t>(end - item) : std::strlen(item);
-        if (itemLength == length && std::strncmp(item, name, length) == 0) return true;
-        if (end == nullptr) break;
-        item = end + 1;
+/// The entry points to fail: a comma-separated list of names, read from DSPKIT_SIM_FAIL when
+/// the library is loaded and replaced by DspKitSim_SetFailures. An entry point asks only the
+/// flag while the list is empty, so that its calls cost nothing more than the model's work.
+class Failures {
+  public:
+    Failures() { Set(std::getenv("DSPKIT_SIM_FAIL")); }
+
+    void Set(const char* names) {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_names = names != nullptr ? names : "";
+        m_any.store(!m_names.empty(), std::memory_order_relaxed);
     }
-    return false;
-}
+
+    /// True when the list holds name.
+    bool Has(const char* name) {
+        if (!m_any.load(std::memory_order_relaxed)) return false;
+        std::lock_guard<std::mutex> lock(m_mutex);
+        const size_t length = std::strlen(name);
+        for (size_t item = 0; item <= m_names.size();) {
+            size_t end = m_names.find(',', item);
+            if (end == std::string::npos) end = m_names.size();
+            if (end - item == length && m_names.compare(item, length, name) == 0) return true;
+            item = end + 1;
+        }
+        return false;
+    }
+
+  private:
+    std::atomic<bool> m_any{false};
+    std::mutex m_mutex;
+    std::string m_names;
+};
+
+Failures g_failures;
+
+bool Injected(const char* name) { return g_failures.Has(name); }
 
 struct Scenario {
     uint32_t sampleRate;
@@ -46,6 +70,8 @@ bool ValidFormat(ZorbStreamFormat_t* const* formats, unsigned count) {
 }  // namespace
 
 extern "C" {
+
+void DspKitSim_SetFailures(const char* names) { g_failures.Set(names); }
 
 int ZorbEffect_GetEffectSize(unsigned* size) {
     if (Injected(__func__)) return kInjected;

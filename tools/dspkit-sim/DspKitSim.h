@@ -79,6 +79,10 @@ DSPKIT_API int ZorbEffect_GetMessageMaxSize(char* effect, unsigned* inSize, unsi
 DSPKIT_API int ZorbEffect_Message(char* effect, const void* in, unsigned inSize, void* out,
                                   unsigned* outSize);
 
+/// Not an entry point of the real library: replaces the list of entry points that fail with
+/// -77 (comma-separated names; null or empty for none). Thread safe.
+DSPKIT_API void DspKitSim_SetFailures(const char* names);
+
 #ifdef __cplusplus
 }
 #endif

@@ -42,8 +42,17 @@ void Stage(Input& input, float value, bool& dirty) {
 GenericBlock* FindGeneric(SimEffect& effect, int32_t group, bool create) {
     GenericBlock* begin = effect.generic;
     GenericBlock* end = begin + effect.genericCount;
+    // Most often the block found last or the one after it.
+    const uint32_t last = effect.lastGeneric;
+    for (uint32_t i = last; i < effect.genericCount && i <= last + 1; ++i) {
+        if (begin[i].group == group) {
+            effect.lastGeneric = i;
+            return begin + i;
+        }
+    }
     GenericBlock* it = std::lower_bound(
         begin, end, group, [](const GenericBlock& b, int32_t g) { return b.group < g; });
+    effect.lastGeneric = static_cast<uint32_t>(it - begin);
     if (it != end && it->group == group) return it;
     if (!create || effect.genericCount == kMaxGenericBlocks) return nullptr;
     std::memmove(it + 1, it, static_cast<size_t>(end - it) * sizeof(GenericBlock));

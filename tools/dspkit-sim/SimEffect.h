@@ -52,6 +52,7 @@ struct SimEffect {
     bool outputGainDirty;
     uint32_t genericCount;  // generic blocks, in ascending group
     GenericBlock generic[kMaxGenericBlocks];
+    mutable uint32_t lastGeneric;  // the generic block found last: calls come in ascending ids
     // DSP side: the applied blocks, filter state and meters.
     float appliedEq[kBands][5];
     float appliedGain;

@@ -1,6 +1,7 @@
 #include "preset/ZpsBufferReader.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "log/TesselLog.h"
 #include "preset/BinaryPrimitives.h"
@@ -32,15 +33,74 @@ const std::map<OmSm, SubtypeMasks>& ZpsBufferReader::GetEnabledSubtypeMasks() co
 const std::map<unsigned int, std::string>& ZpsBufferReader::GetTags() const { return m_tags; }
 
 bool ZpsBufferReader::ParseBuffer(const std::vector<char>& buffer, bool isUser) {
-    return ParseBytes(buffer.data(), buffer.size(), isUser, nullptr);
+    return Parse(buffer.data(), buffer.data() + buffer.size(), buffer.size(), isUser);
 }
 
-bool ZpsBufferReader::ParseBytes(const char* data, size_t size, bool isUser,
-                                 const ParsedTo& parsedTo) {
+bool ZpsBufferReader::ParseStream(size_t size, bool isUser, const ReadMore& readMore) {
+    // The window and the source are forgotten however the parse ends, so that a later
+    // ParseBuffer never reads from them.
+    struct Forget {
+        ZpsBufferReader& reader;
+        ~Forget() {
+            reader.m_window.reset();
+            reader.m_readMore = nullptr;
+            reader.m_unread = 0;
+            reader.m_missing = 0;
+        }
+    } forget{*this};
+    m_windowSize = std::min(size, kWindowSize);
+    m_window.reset(new char[m_windowSize]);
+    m_readMore = readMore;
+    m_unread = size;
+    m_missing = 0;
+    const char* cursor = m_window.get();
+    const char* end = cursor;
+    Refill(cursor, end);
+    return Parse(cursor, end, size, isUser);
+}
+
+inline bool ZpsBufferReader::Need(const char*& cursor, const char*& end) {
+    if (static_cast<size_t>(end - cursor) < kLongestRecord && m_unread != 0) Refill(cursor, end);
+    return m_missing == 0;
+}
+
+void ZpsBufferReader::Refill(const char*& cursor, const char*& end) {
+    const size_t kept = static_cast<size_t>(end - cursor);
+    char* const window = m_window.get();
+    std::memmove(window, cursor, kept);
+    size_t filled = kept;
+    while (m_unread != 0 && filled < m_windowSize) {
+        const size_t wanted = std::min(m_windowSize - filled, m_unread);
+        const size_t got = std::min(m_readMore(window + filled, wanted), wanted);
+        if (got == 0) {
+            m_missing = m_unread;
+            m_unread = 0;
+            break;
+        }
+        filled += got;
+        m_unread -= got;
+    }
+    cursor = window;
+    end = window + filled;
+}
+
+void ZpsBufferReader::Skip(const char*& cursor, const char*& end, size_t count) {
+    for (;;) {
+        const size_t here = std::min(count, static_cast<size_t>(end - cursor));
+        cursor += here;
+        count -= here;
+        if (count == 0 || m_unread == 0) return;
+        Refill(cursor, end);
+    }
+}
+
+size_t ZpsBufferReader::Left(const char* cursor, const char* end) const {
+    return static_cast<size_t>(end - cursor) + m_unread;
+}
+
+bool ZpsBufferReader::Parse(const char* cursor, const char* end, size_t size, bool isUser) {
     TESSEL_LOG(1, TESSEL_LOG_FXModule, "%s: isUserZps = %s", "ParseBuffer",
                isUser ? "true" : "false");
-    const char* cursor = data;
-    const char* const end = data + size;
     uint32_t magic = 0;
     if (!ReadU32(cursor, end, magic) || magic != kZpsMagic) {
         TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "read bpbz tag 0x%u fail", magic);
@@ -54,11 +114,12 @@ bool ZpsBufferReader::ParseBytes(const char* data, size_t size, bool isUser,
         return false;
     }
     for (;;) {
+        if (!Need(cursor, end)) break;
         uint32_t sectionSize = 0;
         uint8_t sectionId = 0;
         if (!ReadU32(cursor, end, sectionSize) || !ReadU8(cursor, end, sectionId)) break;
-        // The section may end one byte past the cursor's end, as the size counts the id byte.
-        const size_t left = static_cast<size_t>(end - cursor);
+        // The section may end one byte past the data's end, as the size counts the id byte.
+        const size_t left = Left(cursor, end);
         if (sectionSize > left + 1) break;
         bool parsed = true;
         switch (sectionId) {
@@ -72,7 +133,7 @@ bool ZpsBufferReader::ParseBytes(const char* data, size_t size, bool isUser,
                 parsed = ParseSectionRemarks(cursor, end, isUser);
                 break;
             case kZpsSectionPresets:
-                parsed = ParseSectionPresets(cursor, end, parsedTo);
+                parsed = ParseSectionPresets(cursor, end);
                 break;
             case kZpsSectionUserModes:
                 parsed = ParseSectionUserModes(cursor, end);
@@ -80,10 +141,18 @@ bool ZpsBufferReader::ParseBytes(const char* data, size_t size, bool isUser,
             default:
                 // Skipped by its size from behind the id byte; a skip to one past the end
                 // leaves nothing to read.
-                cursor += sectionSize > left ? left : sectionSize;
+                Skip(cursor, end, sectionSize > left ? left : sectionSize);
                 break;
         }
-        if (!parsed) return false;
+        if (!parsed && m_missing == 0) return false;
+        if (!parsed) break;
+    }
+    if (m_missing != 0) {
+        // The data ended early (the file shrank while it was read): the parse stopped at the
+        // record that it could not have whole, without that record's own error line.
+        TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "size in zps %u does not match the real size %u",
+                         totalSize, static_cast<uint32_t>(size - m_missing));
+        return false;
     }
     (isUser ? m_userParsed : m_systemParsed) = true;
     return true;
@@ -112,13 +181,14 @@ bool ZpsBufferReader::ParseSectionRemarks(const char*& cursor, const char* end, 
     return true;
 }
 
-bool ZpsBufferReader::ParseSectionTags(const char*& cursor, const char* end) {
+bool ZpsBufferReader::ParseSectionTags(const char*& cursor, const char*& end) {
     uint8_t count = 0;
     if (!ReadU8(cursor, end, count)) {
         TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "ParseSectionTags parse count error");
         return false;
     }
     for (uint8_t i = 0; i < count; ++i) {
+        if (!Need(cursor, end)) return false;
         uint8_t id = 0;
         std::string name;
         if (!ReadU8(cursor, end, id) || !ReadString(cursor, end, name)) {
@@ -131,27 +201,27 @@ bool ZpsBufferReader::ParseSectionTags(const char*& cursor, const char* end) {
     return true;
 }
 
-bool ZpsBufferReader::ParseSectionPresets(const char*& cursor, const char* end,
-                                          const ParsedTo& parsedTo) {
+bool ZpsBufferReader::ParseSectionPresets(const char*& cursor, const char*& end) {
     uint16_t count = 0;
     if (!ReadU16(cursor, end, count)) {
         TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "ParseSectionPresets read count error");
         return false;
     }
     for (uint16_t i = 0; i < count; ++i) {
+        if (!Need(cursor, end)) return false;
         std::shared_ptr<IPreset> preset = ParsePreset(cursor, end, false);
         if (!preset) {
+            if (m_missing != 0) return false;
             TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "ParseSectionPresets parse preset error");
             return false;
         }
         m_systemPresets[{preset->GetOutputMode(), preset->GetSoundMode(),
                          preset->GetSubtypeMask()}] = preset;
-        if (parsedTo) parsedTo(cursor);
     }
     return true;
 }
 
-bool ZpsBufferReader::ParseSectionUserModes(const char*& cursor, const char* end) {
+bool ZpsBufferReader::ParseSectionUserModes(const char*& cursor, const char*& end) {
     uint16_t reserved = 0;
     uint16_t tagCount = 0;
     if (!ReadU16(cursor, end, reserved) || !ReadU16(cursor, end, tagCount)) {
@@ -160,6 +230,7 @@ bool ZpsBufferReader::ParseSectionUserModes(const char*& cursor, const char* end
     }
     TESSEL_LOG(1, TESSEL_LOG_FXModule, "User tags (%d)", tagCount);
     for (uint16_t i = 0; i < tagCount; ++i) {
+        if (!Need(cursor, end)) return false;
         uint16_t om = 0;
         uint16_t sm = 0;
         uint32_t tag = 0;
@@ -173,14 +244,17 @@ bool ZpsBufferReader::ParseSectionUserModes(const char*& cursor, const char* end
         m_enabledSubtypeMasks[OmSm{om, sm}] = tag;
     }
     uint16_t presetCount = 0;
+    if (!Need(cursor, end)) return false;
     if (!ReadU16(cursor, end, presetCount)) {
         TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "ParseSectionUserModes error");
         return false;
     }
     TESSEL_LOG(1, TESSEL_LOG_FXModule, "User presets (%d)", presetCount);
     for (uint16_t i = 0; i < presetCount; ++i) {
+        if (!Need(cursor, end)) return false;
         std::shared_ptr<IPreset> preset = ParsePreset(cursor, end, true);
         if (!preset) {
+            if (m_missing != 0) return false;
             TESSEL_LOG_ERROR(TESSEL_LOG_FXModule, "ParseSectionPresets error");
             return false;
         }
@@ -190,7 +264,7 @@ bool ZpsBufferReader::ParseSectionUserModes(const char*& cursor, const char* end
     return true;
 }
 
-std::shared_ptr<IPreset> ZpsBufferReader::ParsePreset(const char*& cursor, const char* end,
+std::shared_ptr<IPreset> ZpsBufferReader::ParsePreset(const char*& cursor, const char*& end,
                                                       bool isUser) {
     uint16_t size = 0;
     uint8_t outputMode = 0;
@@ -222,6 +296,7 @@ std::shared_ptr<IPreset> ZpsBufferReader::ParsePreset(const char*& cursor, const
     ids.reserve(parametersCount);
     values.reserve(parametersCount);
     for (uint16_t i = 0; i < parametersCount; ++i) {
+        if (!Need(cursor, end)) return nullptr;
         uint16_t id = 0;
         uint8_t type = 0;
         uint16_t valueSize = 0;

@@ -1,8 +1,6 @@
 #include "preset/ZpsReader.h"
 
-#include <sys/mman.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -17,48 +15,6 @@ namespace {
 
 struct FileCloser {
     void operator()(FILE* file) const { fclose(file); }
-};
-
-/// The bytes of a file in pages of their own, which are given back to the system as the parse
-/// moves past them: the file and the presets made of it are then not held in memory at once.
-/// Without such pages (mmap failed) the bytes are held as usual to the end.
-class FilePages {
-  public:
-    explicit FilePages(size_t size) : m_size(size) {
-        void* pages =
-            mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        m_mapped = pages != MAP_FAILED;
-        if (m_mapped) {
-            m_data = static_cast<char*>(pages);
-        } else {
-            m_fallback.resize(size);
-            m_data = m_fallback.data();
-        }
-    }
-    ~FilePages() {
-        if (m_mapped) munmap(m_data, m_size);
-    }
-    FilePages(const FilePages&) = delete;
-    FilePages& operator=(const FilePages&) = delete;
-
-    char* Data() { return m_data; }
-
-    /// Gives back the whole pages before cursor; their bytes read as zeros from then on.
-    void ReleaseBefore(const char* cursor) {
-        static const size_t pageSize = static_cast<size_t>(sysconf(_SC_PAGESIZE));
-        if (!m_mapped) return;
-        const size_t whole = static_cast<size_t>(cursor - m_data) / pageSize * pageSize;
-        if (whole <= m_released) return;
-        madvise(m_data + m_released, whole - m_released, MADV_DONTNEED);
-        m_released = whole;
-    }
-
-  private:
-    size_t m_size;
-    bool m_mapped = false;
-    char* m_data = nullptr;
-    std::vector<char> m_fallback;
-    size_t m_released = 0;
 };
 
 }  // namespace
@@ -121,10 +77,9 @@ bool ZpsReader::LoadFile(const std::string& path, bool isUser) {
         return false;
     }
     fseek(file.get(), 0, SEEK_SET);
-    FilePages pages(size);
-    const size_t read = fread(pages.Data(), 1, size, file.get());
-    return ParseBytes(pages.Data(), read, isUser,
-                      [&pages](const char* cursor) { pages.ReleaseBefore(cursor); });
+    FILE* const stream = file.get();
+    return ParseStream(size, isUser,
+                       [stream](char* to, size_t count) { return fread(to, 1, count, stream); });
 }
 
 std::shared_ptr<IPresetSet> ZpsReader::Read() {

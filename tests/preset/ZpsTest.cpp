@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
+#include <sstream>
 
 #include "LogCapture.h"
 #include "PresetTestData.h"
@@ -69,6 +72,111 @@ std::unique_ptr<ZpsBufferReader> MakeReader() {
     return std::make_unique<ZpsBufferReader>(std::make_shared<PresetFactory>(),
                                              std::make_shared<PresetSetFactory>(),
                                              std::make_shared<PresetHandleFactory>());
+}
+
+// Parses through the reading window, as a file is read: the source gives at most step bytes a
+// call and runs dry after given bytes, like a file that shrinks while it is read.
+class StreamReader : public ZpsBufferReader {
+  public:
+    StreamReader()
+        : ZpsBufferReader(std::make_shared<PresetFactory>(), std::make_shared<PresetSetFactory>(),
+                          std::make_shared<PresetHandleFactory>()) {}
+    bool ParseFrom(const std::vector<char>& file, bool isUser, size_t step,
+                   size_t given = SIZE_MAX) {
+        const size_t stop = std::min(given, file.size());
+        size_t at = 0;
+        return ParseStream(file.size(), isUser, [&](char* to, size_t count) {
+            const size_t part = std::min({count, step, stop - at});
+            std::memcpy(to, file.data() + at, part);
+            at += part;
+            return part;
+        });
+    }
+};
+
+// What a parse left: its result, every log line, the presets with their parameters and
+// chunks, the tags, the remarks and the enabled masks.
+std::string Outcome(bool parsed, const ZpsBufferReader& reader, const LogCapture& capture) {
+    std::ostringstream out;
+    out << parsed << "\n";
+    for (const std::string& text : capture.Texts()) out << text << "\n";
+    for (const PresetMap* presets : {&reader.GetSystemPresets(), &reader.GetUserPresets()}) {
+        for (const auto& entry : *presets) {
+            const IPreset& preset = *entry.second;
+            out << preset.GetOutputMode() << "," << preset.GetSoundMode() << ","
+                << preset.GetSubtypeMask() << " " << preset.GetName() << ":";
+            for (const auto& parameter : preset.GetAllParameters()) {
+                out << " " << parameter.first << "=" << parameter.second;
+            }
+            for (const auto& chunk : preset.GetAllChunks()) {
+                out << " chunk " << chunk.first << ":" << std::string(chunk.second.begin(),
+                                                                       chunk.second.end());
+            }
+            out << "\n";
+        }
+    }
+    for (const auto& tag : reader.GetTags()) out << tag.first << tag.second << " ";
+    out << reader.GetSystemSectionInfo().remarks << " " << reader.GetEnabledSubtypeMasks().size();
+    return out.str();
+}
+
+// The outcome of parsing file from a buffer, and from the window in steps of step bytes.
+std::string BufferOutcome(const std::vector<char>& file, bool isUser) {
+    LogCapture capture;
+    auto reader = MakeReader();
+    const bool parsed = reader->ParseBuffer(file, isUser);
+    return Outcome(parsed, *reader, capture);
+}
+std::string StreamOutcome(const std::vector<char>& file, bool isUser, size_t step) {
+    LogCapture capture;
+    StreamReader reader;
+    const bool parsed = reader.ParseFrom(file, isUser, step);
+    return Outcome(parsed, reader, capture);
+}
+
+// A system file of 2,168,680 bytes, more than four times the reading window: a section of an
+// unknown id with 600,000 bytes that is skipped, then one preset (1,2,0)
+// of 40,000 parameters (id i = i / 8.0) with, after every 5,000th, a chunk of 65,535 bytes
+// (id 100 + n, bytes 'a' + n) and an item of type 1 of 65,535 bytes that is skipped.
+std::vector<char> LargeFile() {
+    std::vector<char> items;
+    const auto head = [&items](uint16_t id, uint8_t type, uint16_t size) {
+        const char bytes[] = {static_cast<char>(id & 0xFF), static_cast<char>(id >> 8),
+                              static_cast<char>(type), static_cast<char>(size & 0xFF),
+                              static_cast<char>(size >> 8)};
+        items.insert(items.end(), bytes, bytes + 5);
+    };
+    uint16_t count = 0;
+    for (unsigned int i = 0; i < 40000; ++i, ++count) {
+        head(static_cast<uint16_t>(i), 0, 8);
+        const double value = i / 8.0;
+        char bytes[8];
+        std::memcpy(bytes, &value, 8);
+        items.insert(items.end(), bytes, bytes + 8);
+        if (i % 5000 == 4999) {
+            const uint16_t n = static_cast<uint16_t>(i / 5000);
+            head(static_cast<uint16_t>(100 + n), 3, 65535);
+            items.insert(items.end(), 65535, static_cast<char>('a' + n));
+            head(7, 1, 65535);
+            items.insert(items.end(), 65535, B(0xEE));
+            count = static_cast<uint16_t>(count + 2);
+        }
+    }
+    const std::vector<char> preset = Concat(
+        {0, 0, 1, 2, 0, 0, 0, 0, static_cast<char>(count & 0xFF), static_cast<char>(count >> 8),
+         0, 0, 1, 0, 4, 'B', 'a', 's', 'e', 0},
+        items);
+    const uint32_t section = static_cast<uint32_t>(preset.size() + 3);
+    const uint32_t skipped = 600000;
+    const uint32_t total = 8 + 5 + skipped + 4 + section;
+    const auto le32 = [](uint32_t word) {
+        return std::vector<char>{static_cast<char>(word & 0xFF), static_cast<char>(word >> 8),
+                                 static_cast<char>(word >> 16), static_cast<char>(word >> 24)};
+    };
+    std::vector<char> file = Concat(Concat({'B', 'P', 'B', 'Z'}, le32(total)), le32(skipped));
+    file.push_back(9);
+    file.insert(file.end(), skipped, 0x55);
+    return Concat(Concat(file, Concat(le32(section), {4, 1, 0})), preset);
 }
 
 TEST(ZpsBufferReader, ParsesEverySectionOfAGoldenSystemFile) {
@@ -219,13 +327,19 @@ TEST(ZpsBufferReader, RejectsBadHeadersAndEndsOnShortSections) {
         false));
 }
 
-// Every cut and many flipped bytes of both files: never a crash, never a read past the end.
-TEST(ZpsBufferReader, SurvivesEveryTruncationAndCorruption) {
-    LogCapture capture(5);
+// Every cut and many flipped bytes of both files: never a crash, never a read past the end,
+// and the same presets and log lines whether parsed from a buffer or through the window in
+// steps of 1 or 5 bytes.
+TEST(ZpsBufferReader, EveryTruncationAndCorruptionReadsAlikeFromABufferAndAStream) {
+    const auto alike = [](const std::vector<char>& file, bool isUser) {
+        const std::string buffer = BufferOutcome(file, isUser);
+        for (size_t step : {1, 5}) {
+            ASSERT_EQ(StreamOutcome(file, isUser, step), buffer) << file.size() << " " << step;
+        }
+    };
     for (const std::vector<char>& file : {SystemFile(), Concat(SystemFile(), UserFile())}) {
         for (size_t cut = 0; cut <= file.size(); ++cut) {
-            auto reader = MakeReader();
-            reader->ParseBuffer(std::vector<char>(file.begin(), file.begin() + cut), false);
+            alike(std::vector<char>(file.begin(), file.begin() + cut), false);
         }
         for (size_t i = 0; i < file.size(); ++i) {
             for (unsigned char flip : {0x01, 0x10, 0x80, 0xFF}) {
@@ -234,14 +348,77 @@ TEST(ZpsBufferReader, SurvivesEveryTruncationAndCorruption) {
                 std::map<unsigned int, double> parameters;
                 std::vector<char> laws;
                 PresetUtils::GetParametersFromZpsBuffer(bad, 1, 2, 1, {}, parameters, laws);
-                auto reader = MakeReader();
-                reader->ParseBuffer(bad, true);
+                alike(bad, true);
             }
         }
     }
     const std::vector<char> user = UserFile();
     for (size_t cut = 0; cut <= user.size(); ++cut) {
-        MakeReader()->ParseBuffer(std::vector<char>(user.begin(), user.begin() + cut), true);
+        alike(std::vector<char>(user.begin(), user.begin() + cut), true);
+    }
+}
+
+// A file larger than the window, whose records lie across the window's edges at many offsets,
+// reads as from a buffer; through the window from disk too.
+TEST(ZpsBufferReader, AFileLargerThanTheWindowReadsAlikeFromABufferAndAStream) {
+    const std::vector<char> file = LargeFile();
+    ASSERT_EQ(file.size(), 2168680u);
+    ASSERT_GT(file.size(), 4 * ZpsBufferReader::kWindowSize);
+    const std::string buffer = BufferOutcome(file, false);
+    EXPECT_NE(buffer.find(" 39999=4999.88 chunk 100:aaaa"), std::string::npos);
+    EXPECT_NE(buffer.find(" chunk 107:hhhh"), std::string::npos);
+    for (size_t step : {file.size(), size_t{4093}, size_t{65536}}) {
+        EXPECT_EQ(StreamOutcome(file, false, step), buffer) << step;
+    }
+
+    char path[] = "/tmp/zps_large_XXXXXX";
+    const int descriptor = mkstemp(path);
+    ASSERT_GE(descriptor, 0);
+    ASSERT_EQ(write(descriptor, file.data(), file.size()), static_cast<ssize_t>(file.size()));
+    close(descriptor);
+    ZpsReader reader(path, "", std::make_shared<PresetFactory>(),
+                     std::make_shared<PresetSetFactory>(), std::make_shared<PresetHandleFactory>());
+    auto set = reader.Read();
+    std::remove(path);
+    ASSERT_NE(set, nullptr);
+    const auto expected = MakeReader();
+    ASSERT_TRUE(expected->ParseBuffer(file, false));
+    const auto read = reader.GetSystemPresets().at({1, 2, 0});
+    const auto parsed = expected->GetSystemPresets().at({1, 2, 0});
+    EXPECT_EQ(read->GetAllParameters(), parsed->GetAllParameters());
+    EXPECT_EQ(read->GetAllChunks(), parsed->GetAllChunks());
+}
+
+// A file that shrinks while it is read, its source running dry after given bytes: the parse
+// fails with the size line of the bytes read and no line of the record it stopped in.
+TEST(ZpsBufferReader, AFileThatShrinksWhileReadFailsWithTheSizeLine) {
+    const std::vector<char> small = SystemFile();
+    const std::vector<char> large = LargeFile();
+    struct Case {
+        const std::vector<char>& file;
+        size_t given, step;
+        std::string error;
+    };
+    const Case cases[] = {
+        {small, 2, 1, "read bpbz tag 0x0 fail"},
+        {small, 6, 1, "size in zps 0 does not match the real size 6"},
+        {small, 8, 1, "size in zps 212 does not match the real size 8"},
+        {small, 60, 1, "size in zps 212 does not match the real size 60"},  // in the tags
+        {small, 70, 1, "size in zps 212 does not match the real size 70"},  // skipped section
+        {small, 100, 5, "size in zps 212 does not match the real size 100"},  // in a preset
+        {small, 211, 1, "size in zps 212 does not match the real size 211"},
+        {large, 30, 4096, "size in zps 2168680 does not match the real size 30"},
+        {large, 300000, 4096, "size in zps 2168680 does not match the real size 300000"},
+        {large, 900000, 4096, "size in zps 2168680 does not match the real size 900000"},
+        {large, 2168679, 65536, "size in zps 2168680 does not match the real size 2168679"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.error);
+        LogCapture capture;
+        StreamReader reader;
+        EXPECT_FALSE(reader.ParseFrom(c.file, false, c.step, c.given));
+        EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>{c.error});
+        EXPECT_EQ(reader.Read(), nullptr);
     }
 }
 

@@ -220,7 +220,9 @@ TEST_F(CommandLine, ExitStatusAndMessages) {
         const test::CommandResult result = test::RunZbctl(Expand(row.arguments, m_root));
         EXPECT_EQ(result.status, row.status) << row.arguments;
         EXPECT_EQ(WithoutLogStamps(result.err), Expand(row.err, m_root)) << row.arguments;
-        if (!row.out.empty()) EXPECT_EQ(result.out, row.out) << row.arguments;
+        if (!row.out.empty()) {
+            EXPECT_EQ(result.out, row.out) << row.arguments;
+        }
     }
 }
 

@@ -1,0 +1,405 @@
+// zbctl serve through real TCP connections on the loopback interface.
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "MessageCatalog.h"
+#include "ZbctlTestSupport.h"
+#include "protocol/Base64.h"
+#include "protocol/FullPresetMessages.h"
+#include "protocol/MultipleMessageData.h"
+
+namespace TesselFX {
+namespace zbctl {
+namespace {
+
+constexpr int kWaitSeconds = 60;  // for anything that should take milliseconds
+constexpr size_t kMaxLine = 4 * 1024 * 1024;
+
+// A zbctl serve process on 127.0.0.1, port 0; its standard error goes to Log(), its temporary
+// files to a folder of its own.
+class ServeProcess {
+  public:
+    explicit ServeProcess(const std::string& arguments = "") {
+        int out[2];
+        if (pipe(out) != 0) return;
+        const std::string command = "exec " + std::string(ZBCTL_BINARY) +
+                                    " serve --listen 127.0.0.1:0 " + arguments + " 2>" +
+                                    m_dir.Path("log");
+        const std::string tmp = m_dir.Path("tmp");
+        std::filesystem::create_directory(tmp);
+        m_pid = fork();
+        if (m_pid == 0) {
+            dup2(out[1], 1);
+            close(out[0]);
+            close(out[1]);
+            setenv("TMPDIR", tmp.c_str(), 1);
+            execl("/bin/sh", "sh", "-c", command.c_str(), static_cast<char*>(nullptr));
+            _exit(127);
+        }
+        close(out[1]);
+        // The address line comes once the library is set up.
+        std::string line;
+        pollfd ready{out[0], POLLIN, 0};
+        char c = 0;
+        while (line.find('\n') == std::string::npos && poll(&ready, 1, kWaitSeconds * 1000) == 1 &&
+               read(out[0], &c, 1) == 1) {
+            line += c;
+        }
+        close(out[0]);
+        m_address = line.substr(0, line.find('\n'));
+        const size_t colon = m_address.rfind(':');
+        if (m_address.compare(0, colon, "127.0.0.1") == 0)
+            m_port = static_cast<uint16_t>(std::stoi(m_address.substr(colon + 1)));
+    }
+    ~ServeProcess() {
+        if (m_pid > 0) Stop(SIGKILL);
+    }
+
+    uint16_t Port() const { return m_port; }
+    const std::string& Address() const { return m_address; }
+    std::string Log() const { return test::ReadFile(m_dir.Path("log")); }
+    /// The server's temporary files.
+    size_t TemporaryFiles() const {
+        auto files = std::filesystem::directory_iterator(m_dir.Path("tmp"));
+        return static_cast<size_t>(std::distance(begin(files), end(files)));
+    }
+
+    /// Sends signal and returns the exit status, or -1 when it did not exit by itself in time.
+    int Stop(int signal) {
+        kill(m_pid, signal);
+        int status = 0;
+        for (int i = 0; i < kWaitSeconds * 100; ++i) {
+            if (waitpid(m_pid, &status, WNOHANG) == m_pid) {
+                m_pid = -1;
+                return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        kill(m_pid, SIGKILL);
+        waitpid(m_pid, &status, 0);
+        m_pid = -1;
+        return -1;
+    }
+
+  private:
+    test::TempDir m_dir;
+    pid_t m_pid = -1;
+    std::string m_address;
+    uint16_t m_port = 0;
+};
+
+// A blocking TCP client whose reads give up after kWaitSeconds.
+class Client {
+  public:
+    explicit Client(uint16_t port, int receiveBuffer = 0) {
+        m_fd = socket(AF_INET, SOCK_STREAM, 0);
+        // Before connect, so that the window is small from the start.
+        if (receiveBuffer > 0)
+            setsockopt(m_fd, SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof(receiveBuffer));
+        timeval timeout{kWaitSeconds, 0};
+        setsockopt(m_fd, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof(timeout));
+        setsockopt(m_fd, SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof(timeout));
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(port);
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        m_connected = connect(m_fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0;
+    }
+    ~Client() { close(m_fd); }
+
+    bool Connected() const { return m_connected; }
+    int Fd() const { return m_fd; }
+    bool Send(const std::string& bytes) {
+        for (size_t sent = 0; sent < bytes.size();) {
+            const ssize_t n = send(m_fd, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
+            if (n <= 0) return false;
+            sent += static_cast<size_t>(n);
+        }
+        return true;
+    }
+    /// The next line without its end; "<closed>" at the end of the stream or on a timeout.
+    std::string Line() {
+        size_t end;
+        while ((end = m_buffer.find('\n')) == std::string::npos) {
+            char chunk[65536];
+            const ssize_t n = recv(m_fd, chunk, sizeof(chunk), 0);
+            if (n <= 0) return "<closed>";
+            m_buffer.append(chunk, static_cast<size_t>(n));
+        }
+        const std::string line = m_buffer.substr(0, end);
+        m_buffer.erase(0, end + 1);
+        return line;
+    }
+    /// Sends request and returns the lines up to and with its answer.
+    std::vector<std::string> Ask(const std::string& request) {
+        std::vector<std::string> lines;
+        if (!Send(request + "\n")) return {"<not sent>"};
+        do {
+            lines.push_back(Line());
+        } while (lines.back().rfind("frame ", 0) == 0 || lines.back().rfind("notify ", 0) == 0);
+        return lines;
+    }
+    /// Closes with a reset instead of an orderly close.
+    void Reset() {
+        linger abort{1, 0};
+        setsockopt(m_fd, SOL_SOCKET, SO_LINGER, &abort, sizeof(abort));
+        close(m_fd);
+        m_fd = -1;
+    }
+
+  private:
+    int m_fd = -1;
+    bool m_connected = false;
+    std::string m_buffer;
+};
+
+using Lines = std::vector<std::string>;
+
+std::string Text(const std::string& message, const std::vector<std::string>& fields) {
+    return Base64::Encode(MessageCatalog::Encode(message, fields));
+}
+
+// A SetParameterArray text that sets the parameters first.. first + count - 1 to value.
+std::string ParameterArray(unsigned first, unsigned count, const std::string& value) {
+    std::vector<std::string> fields;
+    for (unsigned id = first; id < first + count; ++id) {
+        fields.push_back(std::to_string(id));
+        fields.push_back(value);
+    }
+    return Text("SetParameterArray", fields);
+}
+
+class Serve : public ::testing::Test {
+  protected:
+    void SetUp() override { ASSERT_NE(m_server.Port(), 0) << m_server.Address() << m_server.Log(); }
+    ServeProcess m_server;
+};
+
+TEST_F(Serve, TuningSession) {
+    Client tool(m_server.Port());
+    EXPECT_EQ(tool.Ask("frames on"), Lines{"ok"});
+    EXPECT_EQ(tool.Ask("subscribe 0"), Lines{"ok"});
+    EXPECT_EQ(tool.Ask("set 0 LwAAAAEAAAA="), Lines{"ok"});  // StartTuningMode 1
+    // SetParameter 131 -3: the DSP's first frame sets every block. SetParameter 131 -3.5 then
+    // changes one block; GetParameter 131 reads it back.
+    EXPECT_EQ(tool.Ask("set 0 AQAAAIMAAAAAAAAAAAAIwA=="),
+              (Lines{"frame 0 1 276 1 2 3 4 10 4096 4272", "ok"}));
+    EXPECT_EQ(tool.Ask("set 0 AQAAAIMAAAAAAAAAAAAMwA=="), (Lines{"frame 0 1 36 4", "ok"}));
+    EXPECT_EQ(tool.Ask("get 0 CgAAAIMAAAA="), Lines{"reply AgAAAIMAAAAAAAAAAAAMwA=="});
+    EXPECT_EQ(tool.Ask("get 0 CgAAAIMAAAA= 20"), Lines{"fail"});  // no room for the reply
+
+    // 1500 more parameters make the full preset too long for one message: it comes as
+    // notifications in pieces, the answer itself is empty.
+    for (unsigned first : {1000u, 1750u})
+        EXPECT_EQ(tool.Ask("set 0 " + ParameterArray(first, 750, "0.5")).back(), "ok");
+    const Lines lines = tool.Ask("get 0 " + Text("GetFullPreset", {}));
+    ASSERT_EQ(lines.size(), 3u);
+    EXPECT_EQ(lines[2], "reply ");
+    std::vector<std::vector<char>> pieces;
+    const std::string prefix = "notify dsp_instance=0;tessel_data=";
+    for (size_t i = 0; i < 2; ++i) {
+        ASSERT_EQ(lines[i].rfind(prefix, 0), 0u) << lines[i];
+        pieces.push_back(Base64::Decode(lines[i].substr(prefix.size())));
+    }
+    std::vector<char> merged;
+    ASSERT_TRUE(MultipleMessageData::MergeBuffers(pieces, merged));
+    ReplyFullPresetMessageData reply;
+    ASSERT_TRUE(reply.SetBuffer(merged.data(), static_cast<unsigned>(merged.size())));
+    const std::map<unsigned, double> parameters = reply.GetFullPreset().parameters;
+    EXPECT_EQ(parameters.size(), 15u + 1500u);  // the music preset's and the new ones
+    EXPECT_EQ(parameters.at(131), -3.5);
+    EXPECT_EQ(parameters.at(1000), 0.5);
+    EXPECT_EQ(parameters.at(2499), 0.5);
+}
+
+TEST_F(Serve, NotificationsReachTheSubscribersOfTheirInstance) {
+    Client first(m_server.Port());
+    Client second(m_server.Port());
+    Client other(m_server.Port());
+    Client host(m_server.Port());
+    // The first change of a link law source also sends the preset's parameters.
+    EXPECT_EQ(host.Ask("linklaws_value 0 -10 0.5"), Lines{"= 1"});
+    EXPECT_EQ(first.Ask("subscribe 0"), Lines{"ok"});
+    EXPECT_EQ(second.Ask("subscribe 0"), Lines{"ok"});
+    EXPECT_EQ(other.Ask("subscribe 1"), Lines{"ok"});
+    EXPECT_EQ(other.Ask("subscribe 7"), Lines{"fail"});  // no control has instance 7
+    EXPECT_EQ(host.Ask("linklaws_value 0 -20 0.5"), Lines{"= 1"});
+    // UpdateLinkLawsSourceParameter 0 -20: id 31, source 0, the double -20.
+    for (Client* client : {&first, &second}) {
+        EXPECT_EQ(client->Ask("is_feature_supported HeadTracking"),
+                  (Lines{"notify dsp_instance=0;tessel_data=HwAAAAAAAAAAAAAAAAA0wA==", "= 1"}));
+    }
+    EXPECT_EQ(other.Ask("is_feature_supported HeadTracking"), Lines{"= 1"});
+    // Host calls go to the client's instance.
+    EXPECT_EQ(host.Ask("frames on"), Lines{"ok"});
+    EXPECT_EQ(host.Ask("instance 1"), Lines{"= 1"});
+    EXPECT_EQ(host.Ask("set_bypass 1"), (Lines{"frame 1 1 148 1 4 10 4096", "= 1"}));
+}
+
+TEST_F(Serve, AnswersBadLinesAndStaysOpen) {
+    Client client(m_server.Port());
+    const struct {
+        std::string line;
+        std::string answer;
+    } kCases[] = {
+        {"", "error empty line"},
+        {"  # a comment", "error empty line"},
+        {std::string("set_volume 0.5\0", 15), "error the line holds a NUL byte"},
+        {"reboot", "error unknown call \"reboot\""},
+        {"set 0", "error set takes 2 argument(s), 1 given; usage: set INSTANCE BASE64"},
+        {"set -1 LwAAAAEAAAA=",
+         "error \"-1\" is not a whole number from 0 to 4294967295; usage: set INSTANCE BASE64"},
+        {"set 4294967296 LwAAAAEAAAA=",
+         "error \"4294967296\" is not a whole number from 0 to 4294967295; usage: set INSTANCE "
+         "BASE64"},
+        {"get 0", "error get takes 2 or 3 argument(s), 1 given; usage: get INSTANCE BASE64 [ROOM]"},
+        {"get 0 CgAAAIMAAAA= 4194305",
+         "error \"4194305\" is not a whole number from 0 to 4194304; usage: get INSTANCE BASE64 "
+         "[ROOM]"},
+        {"frames maybe", "error \"maybe\" is not on or off; usage: frames on|off"},
+        {"subscribe", "error subscribe takes 1 argument(s), 0 given; usage: subscribe INSTANCE"},
+        {"set_volume loud", "error \"loud\" is not a number; usage: set_volume LINEAR_VOLUME"},
+        {"set_active 1",
+         "error set_active takes 2 argument(s), 1 given; usage: set_active "
+         "OUTPUT_MODE SOUND_MODE"},
+        // The library's own refusals.
+        {"set 0 not-base64!", "fail"},
+        {"get 0 not-base64!", "fail"},
+        {"get 0 CgAAAIMAAAA= 0", "fail"},
+        {"set_volume -1", "= 0"},
+        {"get_version halcontroller\r", "= 1 \"1.553.0.0\""},
+    };
+    for (const auto& c : kCases) EXPECT_EQ(client.Ask(c.line), Lines{c.answer}) << c.line;
+}
+
+// A line of the greatest length is served; one byte more ends that client, and only it.
+TEST_F(Serve, EndsAClientWhoseLineIsTooLong) {
+    Client longest(m_server.Port());
+    Client tooLong(m_server.Port());
+    EXPECT_EQ(longest.Ask("set 0 " + std::string(kMaxLine - 6, 'A')), Lines{"fail"});
+    tooLong.Send(std::string(kMaxLine + 1, 'A'));
+    EXPECT_EQ(tooLong.Line(), "<closed>");
+    EXPECT_EQ(longest.Ask("is_feature_supported HeadTracking"), Lines{"= 1"});
+    EXPECT_NE(m_server.Log().find("serve: client 2 dropped: a line longer than 4194304 bytes\n"),
+              std::string::npos)
+        << m_server.Log();
+}
+
+TEST_F(Serve, AbruptDisconnectsEndThatClientOnly) {
+    Client watcher(m_server.Port());
+    EXPECT_EQ(watcher.Ask("frames on"), Lines{"ok"});
+    {
+        Client client(m_server.Port());  // closes in the middle of a line
+        client.Send("set_bypass 1");
+    }
+    {
+        Client client(m_server.Port());  // resets in the middle of a line
+        client.Send("set_bypass 1");
+        client.Reset();
+    }
+    {
+        Client client(m_server.Port());  // resets before its answers are read
+        client.Send(std::string(1000, '\n'));
+        client.Reset();
+    }
+    Client halfClosed(m_server.Port());  // still gets the answer to its whole line
+    halfClosed.Send("is_feature_supported HeadTracking\n");
+    shutdown(halfClosed.Fd(), SHUT_WR);
+    EXPECT_EQ(halfClosed.Line(), "= 1");
+    EXPECT_EQ(halfClosed.Line(), "<closed>");
+    // No half line was served: no frame reached the DSP.
+    EXPECT_EQ(watcher.Ask("is_feature_supported HeadTracking"), Lines{"= 1"});
+    const std::string log = m_server.Log();
+    EXPECT_NE(log.find("serve: client 2 disconnected in the middle of a line\n"),
+              std::string::npos);
+    EXPECT_NE(log.find("serve: client 3 disconnected"), std::string::npos);
+    EXPECT_NE(log.find("serve: client 4 disconnected"), std::string::npos);
+    EXPECT_NE(log.find("serve: client 5 disconnected\n"), std::string::npos) << log;
+}
+
+// A client that stops reading is dropped once 8 MiB wait for it; the others go on.
+TEST(ServeLoad, AClientThatDoesNotReadIsDroppedAndHoldsNothingUp) {
+    test::TempDir dir;
+    // Two presets of 200 parameters: each switch between them sends every parameter.
+    std::string json = R"({"presets": [)";
+    for (int sound = 1; sound <= 2; ++sound) {
+        json += std::string(sound == 1 ? "" : ", ") + R"({"output_mode": 1, "sound_mode": )" +
+                std::to_string(sound) + R"(, "name": "P)" + std::to_string(sound) +
+                R"(", "parameters": {)";
+        for (int i = 0; i < 200; ++i)
+            json += (i ? ", \"" : "\"") + std::to_string(1000 + i) +
+                    "\": " + std::to_string(sound * 1000 + i);
+        json += "}}";
+    }
+    json += "]}";
+    const std::string presets = dir.Path("big.zps");
+    ASSERT_EQ(test::RunZbctl("zps build " + dir.Write("big.json", json) + " " + presets).status, 0);
+    ServeProcess server("--system-presets " + presets);
+    ASSERT_NE(server.Port(), 0) << server.Log();
+
+    // The first switch also sends the link law chunk.
+    Client driver(server.Port());
+    EXPECT_EQ(driver.Ask("set_active 1 2"), Lines{"= 1"});
+    Client stalled(server.Port(), 4096);
+    EXPECT_EQ(stalled.Ask("subscribe 0"), Lines{"ok"});
+    EXPECT_EQ(stalled.Ask("frames on"), Lines{"ok"});
+    Client reader(server.Port());
+    EXPECT_EQ(reader.Ask("subscribe 0"), Lines{"ok"});
+    EXPECT_EQ(reader.Ask("frames on"), Lines{"ok"});
+    constexpr int kChanges = 10000;
+    constexpr int kBatch = 100;
+    size_t events = 0;
+    size_t answers = 0;
+    for (int batch = 0; batch < kChanges / kBatch; ++batch) {
+        std::string requests;
+        for (int i = 0; i < kBatch; ++i)
+            requests += "set_active 1 " + std::to_string(1 + i % 2) + "\n";
+        ASSERT_TRUE(driver.Send(requests));
+        for (int i = 0; i < kBatch; ++i) answers += driver.Line() == "= 1";
+        // The reader's answer comes after everything that the batch sent it.
+        const Lines lines = reader.Ask("is_feature_supported HeadTracking");
+        ASSERT_EQ(lines.back(), "= 1");
+        events += lines.size() - 1;
+    }
+    EXPECT_EQ(answers, static_cast<size_t>(kChanges));
+    EXPECT_EQ(events, 2u * kChanges);  // a frame and a notification each
+    EXPECT_NE(
+        server.Log().find("serve: client 2 dropped: more than 8388608 bytes wait to be sent\n"),
+        std::string::npos);
+    std::string line;
+    for (int i = 0; i < 100000 && line != "<closed>"; ++i) line = stalled.Line();
+    EXPECT_EQ(line, "<closed>");
+    EXPECT_EQ(Client(server.Port()).Ask("get_version halcontroller"), Lines{"= 1 \"1.553.0.0\""});
+}
+
+TEST(ServeStop, StopsCleanlyOnSigtermAndSigint) {
+    for (int signal : {SIGTERM, SIGINT}) {
+        ServeProcess server;
+        ASSERT_NE(server.Port(), 0) << server.Log();
+        Client client(server.Port());
+        EXPECT_EQ(client.Ask("subscribe 0"), Lines{"ok"});
+        EXPECT_EQ(server.Stop(signal), 0);
+        EXPECT_EQ(client.Line(), "<closed>");
+        EXPECT_NE(server.Log().find("serve: signal " + std::to_string(signal) +
+                                    ", stopping\nzb_destroy\n"),
+                  std::string::npos)
+            << server.Log();
+        EXPECT_EQ(server.TemporaryFiles(), 0u);  // the configuration's copy is gone
+    }
+}
+
+}  // namespace
+}  // namespace zbctl
+}  // namespace TesselFX

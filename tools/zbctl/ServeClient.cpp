@@ -44,7 +44,6 @@ void ServeClient::OnRead(const asio::error_code& error, size_t length) {
     const auto begin = asio::buffers_begin(m_input.data());
     std::string line(begin, begin + static_cast<std::ptrdiff_t>(length) - 1);
     m_input.consume(length);
-    if (!line.empty() && line.back() == '\r') line.pop_back();
     Send(m_owner.Serve(*this, line));
     if (!m_ended) Read();
 }

@@ -30,8 +30,8 @@ class ServeClient : public std::enable_shared_from_this<ServeClient> {
     class IOwner {
       public:
         virtual ~IOwner() = default;
-        /// Serves one request (without its line end, nor a \r before it) and returns the
-        /// answer line, without line end.
+        /// Serves one request (without its line end) and returns the answer line, without
+        /// line end.
         virtual std::string Serve(ServeClient& client, const std::string& line) = 0;
         /// The client has ended; it sends and reads nothing more.
         virtual void Ended(ServeClient& client) = 0;

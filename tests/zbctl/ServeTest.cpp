@@ -29,13 +29,15 @@ using Lines = std::vector<std::string>;
 // in a folder of its own.
 class ServeProcess {
   public:
-    explicit ServeProcess(const std::string& arguments = "") {
+    /// shell runs before zbctl, in the same process.
+    explicit ServeProcess(const std::string& arguments = "", const std::string& shell = "") {
         std::filesystem::create_directory(m_dir.Path("tmp"));
         // The shell tells its pid and becomes zbctl, whose first line is the address.
-        m_out = popen(("echo $$; TMPDIR=" + m_dir.Path("tmp") + " exec " + ZBCTL_BINARY +
-                       " serve --listen 127.0.0.1:0 " + arguments + " 2>" + m_dir.Path("log"))
-                          .c_str(),
-                      "r");
+        m_out =
+            popen(("echo $$; " + shell + "TMPDIR=" + m_dir.Path("tmp") + " exec " + ZBCTL_BINARY +
+                   " serve --listen 127.0.0.1:0 " + arguments + " 2>" + m_dir.Path("log"))
+                      .c_str(),
+                  "r");
         m_pid = std::atoi(Line().c_str());
         const std::string address = Line();
         if (address.rfind("127.0.0.1:", 0) == 0) m_port = std::atoi(address.c_str() + 10);
@@ -346,6 +348,25 @@ TEST(ServeLoad, AClientThatDoesNotReadIsDroppedAndHoldsNothingUp) {
     for (int i = 0; i < 100000 && line != "<closed>"; ++i) line = stalled.Line();
     EXPECT_EQ(line, "<closed>");
     EXPECT_EQ(Client(server.Port()).Ask("get_version halcontroller"), Lines{"= 1 \"1.553.0.0\""});
+}
+
+TEST_F(Serve, RefusesAnAddressItCannotListenOn) {
+    for (const std::string& listen : Lines{"127.0.0.1", "localhost:0", "127.0.0.1:65536",
+                                           "127.0.0.1:" + std::to_string(m_server.Port())})
+        EXPECT_EQ(test::RunZbctl("serve --listen " + listen).status, 2) << listen;
+}
+
+// Out of descriptors, the server goes on with the clients it has and takes the others later.
+TEST(ServeLimits, GoesOnAcceptingWhenOutOfDescriptors) {
+    ServeProcess server("", "ulimit -n 24; ");
+    ASSERT_NE(server.Port(), 0) << server.Log();
+    std::vector<std::unique_ptr<Client>> clients;
+    for (int i = 0; i < 30; ++i) clients.push_back(std::make_unique<Client>(server.Port()));
+    for (int i = 0; i < kWaitSeconds * 100 && !server.Logged("accept failed"); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_TRUE(server.Logged("serve: accept failed (Too many open files)\n")) << server.Log();
+    clients.erase(clients.begin(), clients.begin() + 20);
+    EXPECT_EQ(clients.back()->Ask("is_feature_supported HeadTracking"), Lines{"= 1"});
 }
 
 TEST(ServeStop, StopsCleanlyOnSigtermAndSigint) {

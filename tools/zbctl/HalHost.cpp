@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <vector>
@@ -128,12 +129,13 @@ int HalHost::SetCommand(uint32_t instance, std::string command) {
 
 int HalHost::GetCommand(uint32_t instance, const std::string& command, uint32_t room,
                         std::string& reply) {
-    // Exactly room bytes, so that a write past them is an overflow that a sanitizer sees.
-    std::vector<char> buffer(room);
+    // Exactly room bytes (one for room 0, so that the pointer is not null), so that a write
+    // past them is an overflow that a sanitizer sees.
+    std::vector<char> buffer(std::max<uint32_t>(room, 1));
     const int result =
         m_library->Api().getCommand(m_handle, instance, command.c_str(), buffer.data(), room);
     size_t length = 0;
-    while (length < buffer.size() && buffer[length] != '\0') ++length;
+    while (length < room && buffer[length] != '\0') ++length;
     reply.assign(buffer.data(), length);
     return result;
 }

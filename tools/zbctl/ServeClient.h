@@ -16,9 +16,8 @@ namespace zbctl {
 /// Lines leave in the order they were queued. The queue is bounded: a line that would take it
 /// past kMaxQueued bytes drops the client instead, so that a client that does not read never
 /// holds anything up. A line longer than kMaxLine bytes, a read or write error or the peer's
-/// close ends the client (once the answers to its whole lines are sent); so does the owner's
-/// End. Each end is logged once, and the owner's
-/// Ended follows from the event loop, never from inside Send or End.
+/// close ends the client (once the answers to its whole lines are sent); so does End. Each end
+/// is logged once; the owner's Ended follows from the event loop, never from inside Send or End.
 ///
 /// Held by shared_ptr (its pending operations hold it too); lives on the thread that runs the
 /// io_context and is not thread safe.

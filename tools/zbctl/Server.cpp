@@ -46,7 +46,9 @@ bool NamedInstance(const std::string& text, uint32_t& instance) {
 }  // namespace
 
 Server::Server(HalHost& host, const std::string& listen, std::ostream& log)
-    : m_host(host), m_log(log), m_acceptor(m_io), m_signals(m_io, SIGINT, SIGTERM) {
+    : m_host(host), m_log(log), m_acceptor(m_io), m_signals(m_io, SIGINT, SIGTERM), m_retry(m_io) {
+    // A log line to a closed pipe fails instead of ending the server.
+    std::signal(SIGPIPE, SIG_IGN);
     const size_t colon = listen.rfind(':');
     if (colon == std::string::npos) {
         throw ZbctlError("--listen takes ADDR:PORT, not \"" + listen + "\"");
@@ -89,17 +91,21 @@ void Server::Accept() {
     m_acceptor.async_accept([this](const asio::error_code& error, asio::ip::tcp::socket socket) {
         if (error == asio::error::operation_aborted) return;
         if (error) {
-            // Out of descriptors, say: the clients that are there go on.
+            // Out of descriptors, say: the clients that are there go on, and a new one is
+            // taken a little later.
             m_log << "serve: accept failed (" << error.message() << ")" << std::endl;
-        } else {
-            asio::error_code ignored;
-            socket.set_option(asio::ip::tcp::no_delay(true), ignored);
-            IOwner& owner = *this;
-            auto client =
-                std::make_shared<ServeClient>(std::move(socket), m_nextId++, owner, m_log);
-            m_clients.insert(client);
-            client->Start();
+            m_retry.expires_after(std::chrono::milliseconds(100));
+            m_retry.async_wait([this](const asio::error_code& stopped) {
+                if (!stopped) Accept();
+            });
+            return;
         }
+        asio::error_code ignored;
+        socket.set_option(asio::ip::tcp::no_delay(true), ignored);
+        IOwner& owner = *this;
+        auto client = std::make_shared<ServeClient>(std::move(socket), m_nextId++, owner, m_log);
+        m_clients.insert(client);
+        client->Start();
         Accept();
     });
 }

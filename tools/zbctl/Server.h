@@ -55,6 +55,7 @@ class Server : private ServeClient::IOwner, private HalHost::IListener {
     asio::io_context m_io;
     asio::ip::tcp::acceptor m_acceptor;
     asio::signal_set m_signals;
+    asio::steady_timer m_retry;  // of an accept that failed
     std::set<std::shared_ptr<ServeClient>> m_clients;
     std::set<uint32_t> m_notified;  // instances with the server's notifier
     unsigned m_nextId = 1;

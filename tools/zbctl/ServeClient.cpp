@@ -1,5 +1,7 @@
 #include "ServeClient.h"
 
+#include <istream>
+
 namespace TesselFX {
 namespace zbctl {
 
@@ -15,14 +17,13 @@ void ServeClient::Start() {
 }
 
 void ServeClient::Read() {
-    asio::async_read_until(
-        m_socket, m_input, '\n',
-        [self = shared_from_this()](const asio::error_code& error, size_t length) {
-            self->OnRead(error, length);
-        });
+    asio::async_read_until(m_socket, m_input, '\n',
+                           [self = shared_from_this()](const asio::error_code& error, size_t) {
+                               self->OnRead(error);
+                           });
 }
 
-void ServeClient::OnRead(const asio::error_code& error, size_t length) {
+void ServeClient::OnRead(const asio::error_code& error) {
     if (m_ended) return;
     if (error == asio::error::not_found) {
         End("dropped: a line longer than " + std::to_string(kMaxLine) + " bytes");
@@ -41,9 +42,10 @@ void ServeClient::OnRead(const asio::error_code& error, size_t length) {
         End(why);
         return;
     }
-    const auto begin = asio::buffers_begin(m_input.data());
-    std::string line(begin, begin + static_cast<std::ptrdiff_t>(length) - 1);
-    m_input.consume(length);
+    // The first line end of the buffer is the one that ends length.
+    std::string line;
+    std::istream input(&m_input);
+    std::getline(input, line);
     Send(m_owner.Serve(*this, line));
     if (!m_ended) Read();
 }

@@ -57,7 +57,7 @@ class ServeClient : public std::enable_shared_from_this<ServeClient> {
 
   private:
     void Read();
-    void OnRead(const asio::error_code& error, size_t length);
+    void OnRead(const asio::error_code& error);
     void Write();
 
     asio::ip::tcp::socket m_socket;

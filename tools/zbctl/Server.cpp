@@ -100,8 +100,11 @@ void Server::Accept() {
             });
             return;
         }
+        // Answers leave at once; what a client has not read waits in its own queue, where it
+        // counts, more than in the kernel.
         asio::error_code ignored;
         socket.set_option(asio::ip::tcp::no_delay(true), ignored);
+        socket.set_option(asio::socket_base::send_buffer_size(kSendBuffer), ignored);
         IOwner& owner = *this;
         auto client = std::make_shared<ServeClient>(std::move(socket), m_nextId++, owner, m_log);
         m_clients.insert(client);
@@ -118,7 +121,7 @@ std::string Server::Serve(ServeClient& client, const std::string& line) {
         const std::vector<std::string> words = ScenarioWords(line);
         if (words.empty()) throw ZbctlError("empty line");
         return Answer(client.Protocol(), words);
-    } catch (const ZbctlError& e) {
+    } catch (const std::exception& e) {  // ZbctlError for a bad request; anything else too
         return std::string("error ") + e.what();
     }
 }

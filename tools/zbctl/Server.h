@@ -26,6 +26,7 @@ namespace zbctl {
 class Server : private ServeClient::IOwner, private HalHost::IListener {
   public:
     static constexpr uint32_t kDefaultReplyRoom = 64 * 1024;
+    static constexpr int kSendBuffer = 256 * 1024;  ///< the kernel's buffer of each client
 
     /// Listens on listen, "ADDR:PORT" (port 0 picks a free one), and catches SIGINT and
     /// SIGTERM from now on. Throws ZbctlError when the address is bad or cannot be had.

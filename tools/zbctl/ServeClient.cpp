@@ -42,7 +42,7 @@ void ServeClient::OnRead(const asio::error_code& error) {
         End(why);
         return;
     }
-    // The first line end of the buffer is the one that ends length.
+    // read_until stopped at the first line end of the buffer: getline takes the line to it.
     std::string line;
     std::istream input(&m_input);
     std::getline(input, line);

@@ -51,7 +51,7 @@ Server::Server(HalHost& host, const std::string& listen, std::ostream& log)
     std::signal(SIGPIPE, SIG_IGN);
     const size_t colon = listen.rfind(':');
     if (colon == std::string::npos) {
-        throw ZbctlError("--listen takes ADDR:PORT, not \"" + listen + "\"");
+        throw UsageError("--listen takes ADDR:PORT, not \"" + listen + "\"");
     }
     std::string address = listen.substr(0, colon);
     if (address.size() > 2 && address.front() == '[' && address.back() == ']') {
@@ -59,9 +59,13 @@ Server::Server(HalHost& host, const std::string& listen, std::ostream& log)
     }
     asio::error_code error;
     const asio::ip::address ip = asio::ip::make_address(address, error);
-    if (error) throw ZbctlError("--listen: \"" + address + "\" is not an IP address");
-    const auto port =
-        static_cast<uint16_t>(Number(listen.substr(colon + 1), 65535, "--listen ADDR:PORT"));
+    if (error) throw UsageError("--listen: \"" + address + "\" is not an IP address");
+    uint16_t port = 0;
+    try {
+        port = static_cast<uint16_t>(Number(listen.substr(colon + 1), 65535, "--listen ADDR:PORT"));
+    } catch (const ZbctlError& e) {
+        throw UsageError(e.what());
+    }
     const asio::ip::tcp::endpoint endpoint(ip, port);
     m_acceptor.open(endpoint.protocol(), error);
     if (!error) m_acceptor.set_option(asio::socket_base::reuse_address(true), error);

@@ -29,7 +29,8 @@ class Server : private ServeClient::IOwner, private HalHost::IListener {
     static constexpr int kSendBuffer = 256 * 1024;  ///< the kernel's buffer of each client
 
     /// Listens on listen, "ADDR:PORT" (port 0 picks a free one), and catches SIGINT and
-    /// SIGTERM from now on. Throws ZbctlError when the address is bad or cannot be had.
+    /// SIGTERM from now on. Throws UsageError when listen is not such an address, ZbctlError
+    /// when it cannot be had (in use, not of this machine).
     Server(HalHost& host, const std::string& listen, std::ostream& log);
     ~Server() override;
     Server(const Server&) = delete;

@@ -1,4 +1,6 @@
 # make demo        builds everything and runs zbctl on the bundled example
+# make demo-serve  starts zbctl serve on the bundled example and plays a short tuning session
+#                  against it over TCP, printing the exchange
 # make test        builds everything and runs every test through CTest
 # make bench       builds RelWithDebInfo and runs the benchmarks (never part of make test)
 # SANITIZE=address,undefined or SANITIZE=thread builds into a directory of its own.
@@ -31,8 +33,8 @@ THREADED_TESTS ?= test_log stress/test_stress
 # Cases of those binaries to run under ThreadSanitizer.
 TSAN_GTEST_FILTER ?= *
 
-.PHONY: all bootstrap configure build test demo clean test-aarch64 test-soong test-install \
-        test-asan test-tsan configure-fuzz fuzz-build fuzz bench coverage soak
+.PHONY: all bootstrap configure build test demo demo-serve clean test-aarch64 test-soong \
+        test-install test-asan test-tsan configure-fuzz fuzz-build fuzz bench coverage soak
 
 all: build
 
@@ -59,6 +61,9 @@ soak: configure
 
 demo: build
 	@$(BUILD_DIR)/tools/zbctl/zbctl run
+
+demo-serve: build
+	@scripts/demo-serve $(BUILD_DIR)
 
 # A test that hangs fails after this many seconds instead of stalling the run.
 TEST_TIMEOUT ?= 300

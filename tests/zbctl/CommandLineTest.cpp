@@ -81,10 +81,11 @@ TEST_F(CommandLine, ExitStatusAndMessages) {
     };
     const std::vector<Row> rows = {
         // Usage errors: 2, whatever the subcommand.
-        {"", 2, "zbctl: a subcommand is needed: run, zps, check-config, tone, msg\n" + kUsageHint},
+        {"", 2,
+         "zbctl: a subcommand is needed: run, serve, zps, check-config, tone, msg\n" + kUsageHint},
         {"bogus", 2,
-         "zbctl: unknown subcommand \"bogus\"; the subcommands are run, zps, check-config, tone, "
-         "msg\n" +
+         "zbctl: unknown subcommand \"bogus\"; the subcommands are run, serve, zps, check-config, "
+         "tone, msg\n" +
              kUsageHint},
         {"zps", 2, "zbctl: zps needs a subcommand: build, dump\n" + kUsageHint},
         {"-v zps bogus", 2,
@@ -100,6 +101,12 @@ TEST_F(CommandLine, ExitStatusAndMessages) {
         {"run --dspkit ''", 2, "zbctl: no DSP library: give --dspkit\n"},
         {"run --dspkit '/a b.so'", 2,
          "zbctl: the DSP library path must not hold white space: /a b.so\n"},
+        {"serve --bogus", 2,
+         "zbctl: The following argument was not expected: --bogus\n" + kUsageHint},
+        {"serve --listen 127.0.0.1", 2, "zbctl: --listen takes ADDR:PORT, not \"127.0.0.1\"\n"},
+        {"serve --listen localhost:0", 2, "zbctl: --listen: \"localhost\" is not an IP address\n"},
+        {"serve --listen 127.0.0.1:65536", 2,
+         "zbctl: \"65536\" is not a whole number from 0 to 65535; usage: --listen ADDR:PORT\n"},
         {"zps build {dir}/p.json {dir}/p.json", 2,
          "zbctl: the output {dir}/p.json is the input {dir}/p.json: writing it would destroy "
          "what is read\n"},
@@ -126,6 +133,9 @@ TEST_F(CommandLine, ExitStatusAndMessages) {
          "TESSEL_LOG_FXModule E open file (/nonexistent.zps) failed! 2, No such file or "
          "directory\n"
          "TESSEL_LOG_FXModule E load preset /nonexistent.zps  fail\n"},
+        // An address of no interface of this machine: the set-up failed.
+        {"serve --listen 192.0.2.1:0", 1,
+         "zbctl: cannot listen on 192.0.2.1:0: Cannot assign requested address\n"},
         // A bad scenario line stops the run before the library is loaded: it logs nothing.
         {"run --scenario {dir}/bad.scenario", 1,
          "zbctl: {dir}/bad.scenario:3: set_volume takes 1 argument(s), 0 given; usage: "
@@ -220,7 +230,9 @@ TEST_F(CommandLine, ExitStatusAndMessages) {
         const test::CommandResult result = test::RunZbctl(Expand(row.arguments, m_root));
         EXPECT_EQ(result.status, row.status) << row.arguments;
         EXPECT_EQ(WithoutLogStamps(result.err), Expand(row.err, m_root)) << row.arguments;
-        if (!row.out.empty()) EXPECT_EQ(result.out, row.out) << row.arguments;
+        if (!row.out.empty()) {
+            EXPECT_EQ(result.out, row.out) << row.arguments;
+        }
     }
 }
 

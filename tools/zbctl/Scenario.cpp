@@ -155,46 +155,54 @@ const char* ScenarioCallName(ScenarioCall call) {
     return "?";
 }
 
+std::vector<std::string> ScenarioWords(const std::string& line) {
+    std::istringstream words(line.substr(0, line.find('#')));
+    std::vector<std::string> tokens;
+    for (std::string word; words >> word;) tokens.push_back(word);
+    return tokens;
+}
+
+ScenarioStep ParseScenarioWords(const std::vector<std::string>& tokens) {
+    const CallSyntax* syntax = nullptr;
+    for (const CallSyntax& candidate : Syntax()) {
+        if (tokens[0] == candidate.name) syntax = &candidate;
+    }
+    if (syntax == nullptr) throw ZbctlError("unknown call \"" + tokens[0] + "\"");
+    const bool open = !syntax->args.empty() && syntax->args.back() == ArgKind::kMessage;
+    if (open ? tokens.size() - 1 < syntax->args.size() : tokens.size() - 1 != syntax->args.size()) {
+        throw ZbctlError(tokens[0] + " takes " + std::to_string(syntax->args.size()) +
+                         " argument(s), " + std::to_string(tokens.size() - 1) +
+                         " given; usage: " + syntax->usage);
+    }
+    ScenarioStep step;
+    step.call = syntax->call;
+    for (size_t i = 0; i < syntax->args.size(); ++i) {
+        const std::vector<std::string> after(tokens.begin() + static_cast<std::ptrdiff_t>(i) + 2,
+                                             tokens.end());
+        const std::string fault = ReadArg(syntax->args[i], tokens[i + 1], after, step);
+        // A message's own fault already ends with the message's usage.
+        if (!fault.empty() && syntax->args[i] == ArgKind::kMessage) throw ZbctlError(fault);
+        if (!fault.empty()) throw ZbctlError(fault + "; usage: " + syntax->usage);
+    }
+    for (size_t i = 0; i < tokens.size(); ++i) step.source += (i ? " " : "") + tokens[i];
+    return step;
+}
+
 std::vector<ScenarioStep> ParseScenario(const std::string& text, const std::string& sourceName) {
     std::vector<ScenarioStep> steps;
     std::istringstream lines(text);
     std::string line;
     uint32_t instance = 0;
     for (size_t number = 1; std::getline(lines, line); ++number) {
-        const size_t comment = line.find('#');
-        if (comment != std::string::npos) line.erase(comment);
-        std::istringstream words(line);
-        std::vector<std::string> tokens;
-        for (std::string word; words >> word;) tokens.push_back(word);
+        const std::vector<std::string> tokens = ScenarioWords(line);
         if (tokens.empty()) continue;
-
-        const std::string where = sourceName + ":" + std::to_string(number) + ": ";
-        const CallSyntax* syntax = nullptr;
-        for (const CallSyntax& candidate : Syntax()) {
-            if (tokens[0] == candidate.name) syntax = &candidate;
-        }
-        if (syntax == nullptr) throw ZbctlError(where + "unknown call \"" + tokens[0] + "\"");
-        const bool open = !syntax->args.empty() && syntax->args.back() == ArgKind::kMessage;
-        if (open ? tokens.size() - 1 < syntax->args.size()
-                 : tokens.size() - 1 != syntax->args.size()) {
-            throw ZbctlError(where + tokens[0] + " takes " + std::to_string(syntax->args.size()) +
-                             " argument(s), " + std::to_string(tokens.size() - 1) +
-                             " given; usage: " + syntax->usage);
-        }
         ScenarioStep step;
-        step.line = number;
-        step.call = syntax->call;
-        for (size_t i = 0; i < syntax->args.size(); ++i) {
-            const std::vector<std::string> after(
-                tokens.begin() + static_cast<std::ptrdiff_t>(i) + 2, tokens.end());
-            const std::string fault = ReadArg(syntax->args[i], tokens[i + 1], after, step);
-            // A message's own fault already ends with the message's usage.
-            if (!fault.empty() && syntax->args[i] == ArgKind::kMessage) {
-                throw ZbctlError(where + fault);
-            }
-            if (!fault.empty()) throw ZbctlError(where + fault + "; usage: " + syntax->usage);
+        try {
+            step = ParseScenarioWords(tokens);
+        } catch (const ZbctlError& e) {
+            throw ZbctlError(sourceName + ":" + std::to_string(number) + ": " + e.what());
         }
-        for (size_t i = 0; i < tokens.size(); ++i) step.source += (i ? " " : "") + tokens[i];
+        step.line = number;
         if (step.call == ScenarioCall::kInstance) instance = static_cast<uint32_t>(step.numbers[0]);
         step.instance = instance;
         steps.push_back(step);

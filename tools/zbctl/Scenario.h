@@ -49,6 +49,13 @@ struct ScenarioStep {
 /// line, NAME being sourceName.
 std::vector<ScenarioStep> ParseScenario(const std::string& text, const std::string& sourceName);
 
+/// The words of one scenario line: "#" starts a comment, blanks separate the words.
+std::vector<std::string> ScenarioWords(const std::string& line);
+
+/// The step of one line's words (at least one), without line number and instance; throws
+/// ZbctlError with the reason when they are no call.
+ScenarioStep ParseScenarioWords(const std::vector<std::string>& words);
+
 /// The scenario keyword of a call, as a scenario line writes it.
 const char* ScenarioCallName(ScenarioCall call);
 

@@ -1,19 +1,11 @@
 #include "ScenarioRunner.h"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <set>
 
 #include "FileAccess.h"
-#include "LogRecorder.h"
 #include "MessageCatalog.h"
-#include "Printable.h"
 #include "ZbctlError.h"
-#include "config/CIniFile.h"
-#include "config/Hifi3zHalControlConfig.h"
 #include "protocol/Base64.h"
 #include "protocol/MultipleMessageData.h"
 #include "protocol/RequestMultipleMessageData.h"
@@ -23,13 +15,6 @@ namespace TesselFX {
 namespace zbctl {
 
 namespace {
-
-constexpr uint32_t kVersionBufferSize = 256;
-
-std::string ReadText(const std::string& path, const std::string& what) {
-    const std::vector<char> bytes = ReadFileBytes(path, what);
-    return std::string(bytes.begin(), bytes.end());
-}
 
 // Reads frame into piece when it is a piece of a long transfer.
 bool ReadPiece(const std::vector<char>& frame, MultipleMessageData& piece) {
@@ -55,94 +40,27 @@ const char* OpcodeName(uint32_t opcode) {
 }  // namespace
 
 ScenarioRunner::ScenarioRunner(const RunOptions& options, std::ostream& out)
-    : m_options(options), m_out(out) {}
-
-ScenarioRunner::~ScenarioRunner() {
-    if (m_handle != nullptr && m_library) m_library->Api().destroy(&m_handle);
-    if (!m_tempConfig.empty()) std::remove(m_tempConfig.c_str());
+    : m_options(options), m_out(out), m_host(options) {
+    m_host.SetListener(this);
 }
 
-// The library reads the DSP library's path from the configuration, so it gets a copy whose
-// last section sets DspKitPath64; a repeated section and key keep the last value. The DSP side
-// takes its audio format from the same configuration.
-std::string ScenarioRunner::PrepareConfig() {
-    const std::string text = ReadText(m_options.config, "configuration");
-    {
-        LogRecorder quiet(4);
-        auto ini = std::make_shared<CIniFile>();
-        ini->LoadMemory(text);
-        Hifi3zHalControlConfig config;
-        try {
-            config.ParseConfig(ini);
-        } catch (const std::exception& e) {
-            Note(std::string("the configuration throws while it is parsed (") + e.what() +
-                 "); zbctl check-config names the line");
-        }
-        m_sampleRate = static_cast<uint32_t>(config.GetAudioFormatSampleRate());
-        m_channels = static_cast<uint32_t>(config.GetAudioFormatChannels());
-        m_sampleSize = static_cast<uint32_t>(config.GetAudioFormatSampleSize());
-    }
-    if (m_options.dspKit.empty()) throw UsageError("no DSP library: give --dspkit");
-    if (m_options.dspKit.find_first_of(" \t\r\n\v\f") != std::string::npos) {
-        throw UsageError("the DSP library path must not hold white space: " + m_options.dspKit);
-    }
-    const char* directory = std::getenv("TMPDIR");
-    std::string path =
-        std::string(directory && *directory ? directory : "/tmp") + "/zbctl-config-XXXXXX";
-    const int fd = mkstemp(path.data());
-    if (fd < 0) throw ZbctlError(WriteFailure(path));
-    const std::string copy =
-        text + "\n[COEFS_CONVERTER_SETTING]\nDspKitPath64=" + m_options.dspKit + "\n";
-    m_tempConfig = path;
-    try {
-        WriteAll(fd, copy.data(), copy.size(), path);
-    } catch (const ZbctlError&) {
-        close(fd);
-        throw;
-    }
-    close(fd);
-    return path;
-}
+// The library may still call back while the handle is destroyed, when the runner is half gone.
+ScenarioRunner::~ScenarioRunner() { m_host.SetListener(nullptr); }
 
-SimulatedDsp& ScenarioRunner::Dsp(uint32_t instance) {
-    auto& dsp = m_dsps[instance];
-    if (!dsp)
-        dsp = std::make_unique<SimulatedDsp>(m_options.dspKit, m_sampleRate, m_channels,
-                                             m_sampleSize);
-    return *dsp;
-}
-
-int ScenarioRunner::SendTrampoline(void*, uint32_t instance, const void* data, uint32_t size,
-                                   void* reply, uint32_t* replySize, void* context) {
-    return static_cast<ScenarioRunner*>(context)->Send(instance, data, size, reply, replySize);
-}
-
-int ScenarioRunner::NotifyTrampoline(void*, const void* data, uint32_t size, void* context) {
-    auto* runner = static_cast<ScenarioRunner*>(context);
-    const auto* bytes = static_cast<const char*>(data);
-    if (size > 0 && bytes[size - 1] == '\0') --size;  // a closing terminator
-    const std::string text = Printable(bytes, size);
-    runner->Event("notification", text);
+void ScenarioRunner::OnNotification(const std::string& text) {
+    Event("notification", text);
     std::string instance;
     std::vector<char> frame;
     try {
         frame = MessageCatalog::FrameOfText(text, instance);
     } catch (const ZbctlError&) {
-        return 0;  // not a tuning notification: the text above is all there is
+        return;  // not a tuning notification: the text above is all there is
     }
-    if (!instance.empty()) runner->TraceMessage("instance " + instance, frame);
-    return 0;
+    if (!instance.empty()) TraceMessage("instance " + instance, frame);
 }
 
-int ScenarioRunner::Send(uint32_t instance, const void* data, uint32_t size, void* reply,
-                         uint32_t* replySize) {
-    DspExchange exchange;
-    int status = -1;
-    try {
-        status = Dsp(instance).Handle(data, size, reply, replySize, exchange);
-    } catch (const ZbctlError& e) {
-        exchange.error = e.what();
-    }
+void ScenarioRunner::OnFrame(uint32_t instance, uint32_t size, const DspExchange& exchange,
+                             int status) {
     if (m_options.json) {
         nlohmann::ordered_json frame;
         frame["instance"] = instance;
@@ -157,7 +75,7 @@ int ScenarioRunner::Send(uint32_t instance, const void* data, uint32_t size, voi
         if (!exchange.error.empty()) frame["error"] = exchange.error;
         frame["status"] = status;
         (*m_current)["events"].push_back({{"frame", frame}});
-        return status;
+        return;
     }
     FlushHeader();
     m_out << "    frame to instance " << instance << ": opcode " << exchange.opcode << " ("
@@ -172,7 +90,6 @@ int ScenarioRunner::Send(uint32_t instance, const void* data, uint32_t size, voi
     if (!exchange.version.empty()) m_out << " \"" << exchange.version << "\"";
     if (!exchange.error.empty()) m_out << "; refused: " << exchange.error;
     m_out << "\n";
-    return status;
 }
 
 void ScenarioRunner::BeginCall(size_t line, const std::string& text) {
@@ -239,11 +156,11 @@ void ScenarioRunner::TraceMessage(const std::string& kind, const std::vector<cha
 
 int ScenarioRunner::Exchange(uint32_t instance, const std::vector<char>& frame,
                              std::vector<char>& answer) {
-    const std::string command = Base64::Encode(frame);
-    std::vector<char> reply(ZbAocTuningProtocol::kMaxDspBufferSize + 1, '\0');
-    const int result = m_library->Api().getCommand(
-        m_handle, instance, command.c_str(), reply.data(), ZbAocTuningProtocol::kMaxDspBufferSize);
-    answer = Base64::Decode(std::string(reply.data()));
+    std::string reply;
+    const int result =
+        m_host.GetCommand(instance, Base64::Encode(frame),
+                          static_cast<uint32_t>(ZbAocTuningProtocol::kMaxDspBufferSize), reply);
+    answer = Base64::Decode(reply);
     return result;
 }
 
@@ -276,63 +193,19 @@ void ScenarioRunner::Note(const std::string& text) {
     }
 }
 
-int ScenarioRunner::Call(const ScenarioStep& step) {
-    const HalApi& api = m_library->Api();
-    const uint32_t instance = step.instance;
-    const auto u = [&](size_t i) { return static_cast<uint32_t>(step.numbers[i]); };
-    switch (step.call) {
-        case ScenarioCall::kInstance:
-            return 1;
-        case ScenarioCall::kSetActive:
-            return api.setActive(m_handle, instance, u(0), u(1));
-        case ScenarioCall::kSetOutputMode:
-            return api.setOutputMode(m_handle, instance, u(0));
-        case ScenarioCall::kSetSoundMode:
-            return api.setSoundMode(m_handle, instance, u(0));
-        case ScenarioCall::kSetVolume:
-            return api.setVolume(m_handle, instance, step.numbers[0]);
-        case ScenarioCall::kSetOrientation:
-            return api.setOrientation(m_handle, instance, static_cast<int>(step.numbers[0]));
-        case ScenarioCall::kSetParameter:
-            return api.setParameter(m_handle, instance, u(0), step.numbers[1]);
-        case ScenarioCall::kSetLinkLawsValue:
-            return api.setLinkLawsValue(m_handle, instance, u(0), step.numbers[1], step.numbers[2]);
-        case ScenarioCall::kSetEnable:
-            return api.setEnable(m_handle, instance, static_cast<int>(u(0)));
-        case ScenarioCall::kSetBypass:
-            return api.setBypass(m_handle, instance, static_cast<int>(u(0)));
-        case ScenarioCall::kWaitForFlush:
-            return api.waitForFlush(m_handle, instance);
-        case ScenarioCall::kFlush:
-            return api.flush(m_handle, instance);
-        case ScenarioCall::kDspWakeup:
-            return api.onDspWakeup(m_handle, instance);
-        case ScenarioCall::kIsFeatureSupported:
-            return api.isFeatureSupported(m_handle, step.text.c_str());
-        case ScenarioCall::kSetCommand: {
-            std::string command = Base64::Encode(step.frame);
-            return api.setCommand(m_handle, instance, command.data());
-        }
-        case ScenarioCall::kGetCommand:
-            return GetCommand(instance, step.frame);
-        case ScenarioCall::kRegisterNotifier:
-            return api.registerNotifier(m_handle, instance, &NotifyTrampoline);
-        case ScenarioCall::kGetVersion:
-            break;
-    }
-    return 0;
-}
-
 void ScenarioRunner::Render() {
     if (m_input.samples.empty()) return;
     std::vector<float> segment(m_input.samples.size());
-    Dsp(m_options.renderInstance).Process(m_input.samples.data(), segment.data(), m_input.Frames());
+    m_host.Dsp(m_options.renderInstance)
+        .Process(m_input.samples.data(), segment.data(), m_input.Frames());
     m_output.samples.insert(m_output.samples.end(), segment.begin(), segment.end());
 }
 
-int ScenarioRunner::Run() {
+int ScenarioRunner::Play() {
     const std::vector<ScenarioStep> steps =
-        ParseScenario(ReadText(m_options.scenario, "scenario"), m_options.scenario);
+        m_options.scenario.empty()
+            ? std::vector<ScenarioStep>()
+            : ParseScenario(ReadText(m_options.scenario, "scenario"), m_options.scenario);
     RefuseOutputOverInputs(
         m_options.output,
         {m_options.input, m_options.config, m_options.systemPresets, m_options.userPresets,
@@ -350,31 +223,29 @@ int ScenarioRunner::Run() {
               << "\n# configuration " << m_options.config << "\n# system presets "
               << m_options.systemPresets << "\n# user presets "
               << (m_options.userPresets.empty() ? "(none)" : m_options.userPresets)
-              << "\n# scenario " << m_options.scenario << "\n";
+              << "\n# scenario " << (m_options.scenario.empty() ? "(none)" : m_options.scenario)
+              << "\n";
     }
-    const std::string config = PrepareConfig();
+    const std::string note = m_host.PrepareConfig();
+    if (!note.empty()) Note(note);
     if (!m_input.samples.empty()) {
-        if (m_input.channels != m_channels) {
+        if (m_input.channels != m_host.Channels()) {
             throw ZbctlError(m_options.input + " has " + std::to_string(m_input.channels) +
                              " channels; the configuration's effect has " +
-                             std::to_string(m_channels));
+                             std::to_string(m_host.Channels()));
         }
-        if (m_input.sampleRate != m_sampleRate) {
+        if (m_input.sampleRate != m_host.SampleRate()) {
             Note(m_options.input + " is at " + std::to_string(m_input.sampleRate) +
-                 " Hz; the coefficients are computed for " + std::to_string(m_sampleRate) + " Hz");
+                 " Hz; the coefficients are computed for " + std::to_string(m_host.SampleRate()) +
+                 " Hz");
         }
         m_output.sampleRate = m_input.sampleRate;
         m_output.channels = m_input.channels;
     }
-    m_library = std::make_unique<HalLibrary>(m_options.halLibrary);
-    const HalApi& api = m_library->Api();
-
     BeginCall(0, "zb_create");
-    EndCall(api.create(&m_handle, this));
+    EndCall(m_host.Create());
     BeginCall(0, "zb_initialize");
-    const int initialized =
-        api.initialize(m_handle, m_options.systemPresets.c_str(), m_options.userPresets.c_str(),
-                       config.c_str(), &SendTrampoline);
+    const int initialized = m_host.Initialize();
     EndCall(initialized);
     if (initialized == 0) {
         Note(
@@ -387,23 +258,25 @@ int ScenarioRunner::Run() {
     for (const ScenarioStep& step : steps) instances.insert(step.instance);
     for (uint32_t instance : instances) {
         BeginCall(0, "zb_register_notifier " + std::to_string(instance));
-        EndCall(api.registerNotifier(m_handle, instance, &NotifyTrampoline));
+        EndCall(m_host.RegisterNotifier(instance));
     }
     for (const ScenarioStep& step : steps) {
         BeginCall(step.line, step.source);
-        if (step.call == ScenarioCall::kGetVersion) {
-            char version[kVersionBufferSize] = {};
-            const int result = api.getVersion(m_handle, step.instance, step.text.c_str(), version,
-                                              kVersionBufferSize);
-            EndCall(result, result ? version : "");
+        if (step.call == ScenarioCall::kGetCommand) {
+            EndCall(GetCommand(step.instance, step.frame));
         } else {
-            EndCall(Call(step));
+            std::string version;
+            const int result = m_host.Call(step, version);
+            EndCall(result, version);
         }
         if (step.call != ScenarioCall::kInstance) Render();
     }
+    return kExitSuccess;
+}
+
+int ScenarioRunner::Finish() {
     if (!m_options.json) m_out << "zb_destroy\n";
-    api.destroy(&m_handle);
-    m_handle = nullptr;
+    m_host.Destroy();
     if (!m_input.samples.empty()) {
         WriteWav(m_options.output, m_output);
         Note("audio: " + std::to_string(m_output.Frames() / std::max<size_t>(1, m_input.Frames())) +
@@ -411,7 +284,7 @@ int ScenarioRunner::Run() {
              m_options.output);
     }
     if (m_options.json) m_out << m_json.dump(2) << "\n";
-    return 0;
+    return kExitSuccess;
 }
 
 }  // namespace zbctl

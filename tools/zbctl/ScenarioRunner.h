@@ -8,22 +8,17 @@
 #include <string>
 #include <vector>
 
-#include "HalLibrary.h"
+#include "HalHost.h"
 #include "Scenario.h"
-#include "SimulatedDsp.h"
 #include "WavFile.h"
+#include "ZbctlError.h"
 
 namespace TesselFX {
 namespace zbctl {
 
 /// What `zbctl run` plays, and against what.
-struct RunOptions {
-    std::string halLibrary;  ///< libzbhalcontroller.so
-    std::string config;      ///< the configuration as given
-    std::string systemPresets;
-    std::string userPresets;  ///< may be empty
-    std::string dspKit;       ///< the algorithm library of both the library and the DSP side
-    std::string scenario;     ///< scenario file
+struct RunOptions : HostOptions {
+    std::string scenario;  ///< scenario file; empty for none
     bool json = false;
     std::string input;   ///< WAV to render after each step; empty for none
     std::string output;  ///< given with input only
@@ -35,10 +30,10 @@ struct RunOptions {
 /// with its result, every frame that reaches the DSP (opcode, size, coefficient block ids),
 /// every notification text, and every tuning reply and notification decoded. Not thread safe; one
 /// run per process at a time.
-class ScenarioRunner {
+class ScenarioRunner : private HalHost::IListener {
   public:
     ScenarioRunner(const RunOptions& options, std::ostream& out);
-    ~ScenarioRunner();
+    ~ScenarioRunner() override;
     ScenarioRunner(const ScenarioRunner&) = delete;
     ScenarioRunner& operator=(const ScenarioRunner&) = delete;
 
@@ -46,16 +41,26 @@ class ScenarioRunner {
     /// when zb_initialize returned 0. Throws ZbctlError for bad input (files, scenario lines)
     /// before the library is called, UsageError for options that cannot work together (an
     /// output that is one of the inputs); the output is written whole or not at all.
-    int Run();
+    int Run() {
+        const int status = Play();
+        return status != kExitSuccess ? status : Finish();
+    }
+
+    /// The first part of Run: sets the library up and plays the scenario, leaving the handle
+    /// open for further calls through Host(). Returns kExitSuccess, or kExitFailure.
+    int Play();
+    /// The rest of Run: zb_destroy, then the rendered audio and the JSON trace. Returns
+    /// kExitSuccess.
+    int Finish();
+
+    /// The library and its DSPs. While it has another listener, this runner traces nothing.
+    HalHost& Host() { return m_host; }
 
   private:
-    static int SendTrampoline(void* handle, uint32_t instance, const void* data, uint32_t size,
-                              void* reply, uint32_t* replySize, void* context);
-    static int NotifyTrampoline(void* handle, const void* data, uint32_t size, void* context);
+    void OnFrame(uint32_t instance, uint32_t size, const DspExchange& exchange,
+                 int status) override;
+    void OnNotification(const std::string& text) override;
 
-    int Send(uint32_t instance, const void* data, uint32_t size, void* reply, uint32_t* replySize);
-    SimulatedDsp& Dsp(uint32_t instance);
-    std::string PrepareConfig();
     int Call(const ScenarioStep& step);
     void BeginCall(size_t line, const std::string& text);
     void EndCall(int result, const std::string& detail = "");
@@ -75,13 +80,7 @@ class ScenarioRunner {
 
     RunOptions m_options;
     std::ostream& m_out;
-    std::unique_ptr<HalLibrary> m_library;
-    void* m_handle = nullptr;
-    std::map<uint32_t, std::unique_ptr<SimulatedDsp>> m_dsps;
-    uint32_t m_sampleRate = 48000;
-    uint32_t m_channels = 2;
-    uint32_t m_sampleSize = 4;
-    std::string m_tempConfig;
+    HalHost m_host;
     std::string m_pendingHeader;                  // the call being traced, text mode
     nlohmann::ordered_json m_json;                // the JSON trace
     nlohmann::ordered_json* m_current = nullptr;  // the call being traced, JSON mode

@@ -16,6 +16,7 @@
 #include "MessageCatalog.h"
 #include "Printable.h"
 #include "ScenarioRunner.h"
+#include "Server.h"
 #include "WavFile.h"
 #include "ZbctlError.h"
 #include "ZpsBinary.h"
@@ -164,14 +165,28 @@ int Tone(const ToneOptions& tone) {
     return kExitSuccess;
 }
 
+// Sets the library up as run does, plays the scenario if one is given, serves until SIGINT or
+// SIGTERM, destroys the handle. The trace and the server's log go to standard error, so that
+// standard output holds the address alone.
+int Serve(const RunOptions& options, const std::string& listen) {
+    ScenarioRunner runner(options, std::cerr);
+    Server server(runner.Host(), listen, std::cerr);
+    const int status = runner.Play();
+    if (status != kExitSuccess) return status;
+    server.Run(std::cout);
+    return runner.Finish();
+}
+
 /// The options that set the library up: the library, its configuration, presets and DSP
-/// library, and the scenario to play; their defaults are the bundled example.
-void AddSetupOptions(CLI::App& command, RunOptions& options) {
+/// library, and the scenario to play (scenarioHelp; its default is scenario); the other
+/// defaults are the bundled example.
+void AddSetupOptions(CLI::App& command, RunOptions& options, const std::string& scenario,
+                     const std::string& scenarioHelp) {
     options.halLibrary = ZBCTL_HAL_LIBRARY;
     options.config = ZBCTL_EXAMPLES_DIR "/example.ini";
     options.systemPresets = ZBCTL_BUILD_EXAMPLES_DIR "/example_system.zps";
     options.dspKit = ZBCTL_DSPKIT_LIBRARY;
-    options.scenario = ZBCTL_EXAMPLES_DIR "/default.scenario";
+    options.scenario = scenario;
     command.add_option("--config", options.config, "Configuration INI")->capture_default_str();
     command.add_option("--system-presets", options.systemPresets, "System preset file (.zps)")
         ->capture_default_str();
@@ -180,8 +195,7 @@ void AddSetupOptions(CLI::App& command, RunOptions& options) {
         .add_option("--dspkit", options.dspKit,
                     "DSP algorithm library, for the library and the DSP side")
         ->capture_default_str();
-    command.add_option("--scenario", options.scenario, "Scenario, one call per line")
-        ->capture_default_str();
+    command.add_option("--scenario", options.scenario, scenarioHelp)->capture_default_str();
     command.add_option("--library", options.halLibrary, "The control library")
         ->capture_default_str();
 }
@@ -192,7 +206,8 @@ void AddRunCommand(CLI::App& app, std::vector<Command>& commands) {
         "run",
         "Load libzbhalcontroller.so with dlopen and play a scenario against it, with a "
         "simulated DSP behind buffer_sender; prints a trace of calls, frames and notifications");
-    AddSetupOptions(*run, *options);
+    AddSetupOptions(*run, *options, ZBCTL_EXAMPLES_DIR "/default.scenario",
+                    "Scenario, one call per line");
     run->add_flag("--json", options->json, "Print the trace as JSON");
     CLI::Option* input =
         run->add_option("--input", options->input, "WAV to render through the DSP after each step");
@@ -204,6 +219,18 @@ void AddRunCommand(CLI::App& app, std::vector<Command>& commands) {
                     "Instance whose DSP renders the audio")
         ->capture_default_str();
     commands.push_back({run, [options] { return ScenarioRunner(*options, std::cout).Run(); }});
+}
+
+void AddServeCommand(CLI::App& app, std::vector<Command>& commands) {
+    auto options = std::make_shared<RunOptions>();
+    auto listen = std::make_shared<std::string>("127.0.0.1:7373");
+    CLI::App* serve = app.add_subcommand(
+        "serve",
+        "Serve the library, set up as run does, on a TCP port as a live target for tuning tools");
+    AddSetupOptions(*serve, *options, "", "Scenario to play before serving");
+    serve->add_option("--listen", *listen, "ADDR:PORT to listen on; port 0 picks a free one")
+        ->capture_default_str();
+    commands.push_back({serve, [options, listen] { return Serve(*options, *listen); }});
 }
 
 void AddZpsCommands(CLI::App& app, std::vector<Command>& commands) {
@@ -351,6 +378,7 @@ int main(int argc, char** argv) {
                  "number of the other lines");
     std::vector<Command> commands;
     AddRunCommand(app, commands);
+    AddServeCommand(app, commands);
     AddZpsCommands(app, commands);
     AddCheckConfigCommand(app, commands);
     AddToneCommand(app, commands);

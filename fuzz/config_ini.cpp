@@ -5,7 +5,6 @@
 #include <stdexcept>
 #include <string>
 
-#include "FuzzLogSink.h"
 #include "config/CIniFile.h"
 #include "config/Hifi3zHalControlConfig.h"
 #include "config/OrientationPolicy.h"
@@ -33,11 +32,6 @@ void UsePolicies(const Hifi3zHalControlConfig& config) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    fuzz::FuzzLogSink::Install();
-    return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     auto iniFile = std::make_shared<CIniFile>();

@@ -5,16 +5,10 @@
 #include <map>
 #include <vector>
 
-#include "FuzzLogSink.h"
 #include "preset/CLinkLawEntrySerializer.h"
 #include "preset/LinkLaws.h"
 
 using namespace TesselFX;
-
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    fuzz::FuzzLogSink::Install();
-    return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     constexpr size_t kSources = 5;

@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <vector>
 
-#include "FuzzLogSink.h"
 #include "preset/IPresetHandle.h"
 #include "preset/IPresetSet.h"
 #include "preset/PresetFactory.h"
@@ -61,11 +60,6 @@ void Exercise(const std::shared_ptr<IPresetSet>& set) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    fuzz::FuzzLogSink::Install();
-    return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 1) return 0;

@@ -9,18 +9,12 @@
 #include <string>
 #include <vector>
 
-#include "FuzzLogSink.h"
 #include "MessageCatalog.h"
 #include "Printable.h"
 #include "ZbctlError.h"
 
 using namespace TesselFX;
 using namespace TesselFX::zbctl;
-
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    fuzz::FuzzLogSink::Install();
-    return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::string description;

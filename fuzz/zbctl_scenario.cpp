@@ -2,16 +2,10 @@
 #include <cstdint>
 #include <string>
 
-#include "FuzzLogSink.h"
 #include "Scenario.h"
 #include "ZbctlError.h"
 
 using namespace TesselFX;
-
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    fuzz::FuzzLogSink::Install();
-    return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     try {

@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <vector>
 
-#include "FuzzLogSink.h"
 #include "WarningList.h"
 #include "ZbctlError.h"
 #include "ZpsBinary.h"
@@ -14,11 +13,6 @@
 
 using namespace TesselFX;
 using namespace TesselFX::zbctl;
-
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    fuzz::FuzzLogSink::Install();
-    return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::vector<char> text(data, data + size);

@@ -70,8 +70,7 @@ void TuningPreset::SetParameterArray(const std::map<unsigned int, double>& param
             for (const auto& parameter : parameters) m_writtenIds.push_back(parameter.first);
         }
     } else {
-        RecordAllChanged();
-        m_mergeAll = true;
+        ChangedAll();
     }
     // Many written values are laid over the base anew rather than one by one.
     if (Many(m_writtenIds.size(), m_baseParameters.size())) {
@@ -124,8 +123,7 @@ void TuningPreset::StoreLinkLawsState(LinkLawsState state) {
     if ((state == ACTIVE) != (m_linkLawsState == ACTIVE)) {
         // Reads move between the base and the merged parameters, which are not kept outside
         // ACTIVE.
-        m_mergeAll = true;
-        RecordAllChanged();
+        ChangedAll();
     }
     m_linkLawsState = state;
 }
@@ -142,8 +140,7 @@ void TuningPreset::MergeLinkLawsParamsToBase() {
     // Also runs between DISABLED and SIMULATION, and then folds whatever the laws compute.
     OverlayMap(m_baseParameters, m_linkLaws->GetMasterValues());
     OverlayMap(m_baseParameters, m_linkLaws->GetTargetValues());
-    m_mergeAll = true;
-    RecordAllChanged();
+    ChangedAll();
 }
 
 bool TuningPreset::IsParametersChanged() const { return m_parametersChanged; }
@@ -191,7 +188,10 @@ void TuningPreset::LinkLawsChanged() {
 
 void TuningPreset::RecordChanged(unsigned int id) { m_changes.Record(id, m_baseParameters.size()); }
 
-void TuningPreset::RecordAllChanged() { m_changes.RecordAll(); }
+void TuningPreset::ChangedAll() {
+    m_mergeAll = true;
+    m_changes.RecordAll();
+}
 
 const ParameterList* TuningPreset::GetFinalParameterList() { return &ParametersInForce(); }
 

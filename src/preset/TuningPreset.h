@@ -73,8 +73,9 @@ class TuningPreset : public ITuningPreset {
     void LinkLawsChanged();
     /// Records that the value in force of id may have changed.
     void RecordChanged(unsigned int id);
-    /// Records that any value in force may have changed.
-    void RecordAllChanged();
+    /// Any value in force may have changed: the next refresh lays the link laws anew over the
+    /// base, and the record counts everything as changed.
+    void ChangedAll();
 
     std::shared_ptr<CLinkLawEntrySerializer> m_serializer;
     std::shared_ptr<LinkLaws> m_linkLaws;

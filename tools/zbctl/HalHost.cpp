@@ -19,11 +19,6 @@
 namespace TesselFX {
 namespace zbctl {
 
-std::string ReadText(const std::string& path, const std::string& what) {
-    const std::vector<char> bytes = ReadFileBytes(path, what);
-    return std::string(bytes.begin(), bytes.end());
-}
-
 std::string PrintableText(const char* data, size_t size) {
     if (size > 0 && data[size - 1] == '\0') --size;  // a closing terminator
     return Printable(data, size);

@@ -22,9 +22,6 @@ struct HostOptions {
     std::string dspKit;       ///< the algorithm library of both the library and the DSP side
 };
 
-/// The whole content of a file as text; throws as ReadFileBytes does.
-std::string ReadText(const std::string& path, const std::string& what);
-
 /// Printable text of a notification or reply: a closing terminator dropped, the rest as
 /// Printable has it. It never holds a line end.
 std::string PrintableText(const char* data, size_t size);

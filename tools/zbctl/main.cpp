@@ -125,10 +125,7 @@ std::string TextOfArgument(const std::string& argument) {
         text << std::cin.rdbuf();
         return text.str();
     }
-    if (argument.compare(0, 1, "@") == 0) {
-        const std::vector<char> bytes = ReadFileBytes(argument.substr(1), "");
-        return std::string(bytes.begin(), bytes.end());
-    }
+    if (argument.compare(0, 1, "@") == 0) return ReadText(argument.substr(1), "");
     return argument;
 }
 

@@ -60,35 +60,34 @@ TEST(Scenario, ParsesEveryCallWithItsInstanceAndLine) {
 }
 
 TEST(Scenario, ErrorsNameTheLineAndTheFault) {
-    EXPECT_EQ(ErrorOf("flush\n\nset_volum 0.5\n"), "s.txt:3: unknown call \"set_volum\"");
-    EXPECT_EQ(ErrorOf("set_active 1\n"),
-              "s.txt:1: set_active takes 2 argument(s), 1 given; usage: set_active OUTPUT_MODE "
-              "SOUND_MODE");
-    EXPECT_EQ(ErrorOf("flush now\n"), "s.txt:1: flush takes 0 argument(s), 1 given; usage: flush");
-    EXPECT_EQ(ErrorOf("# c\nset_volume loud\n"),
-              "s.txt:2: \"loud\" is not a number; usage: set_volume LINEAR_VOLUME");
-    EXPECT_EQ(ErrorOf("set_volume 0.5x\n"),
-              "s.txt:1: \"0.5x\" is not a number; usage: set_volume LINEAR_VOLUME");
-    EXPECT_EQ(ErrorOf("set_volume nan\n"),
-              "s.txt:1: \"nan\" is not a number; usage: set_volume LINEAR_VOLUME");
-    EXPECT_EQ(ErrorOf("set_bypass 2\n"), "s.txt:1: \"2\" is not 0 or 1; usage: set_bypass 0|1");
-    EXPECT_EQ(ErrorOf("set_parameter -1 0\n"),
-              "s.txt:1: \"-1\" is not a whole number from 0 to 4294967295; usage: set_parameter ID "
-              "VALUE");
-    EXPECT_EQ(
-        ErrorOf("set_parameter 1.5 0\n"),
-        "s.txt:1: \"1.5\" is not a whole number from 0 to 4294967295; usage: set_parameter ID "
-        "VALUE");
-    EXPECT_EQ(ErrorOf("set_output_mode 4294967296\n"),
-              "s.txt:1: \"4294967296\" is not a whole number from 0 to 4294967295; usage: "
-              "set_output_mode OUTPUT_MODE");
-    EXPECT_EQ(
-        ErrorOf("set_orientation 2147483648\n"),
-        "s.txt:1: \"2147483648\" is not a whole number from -2147483648 to 2147483647; usage: "
-        "set_orientation DEGREES");
-    EXPECT_EQ(ErrorOf("set_orientation 0x10\n"),
-              "s.txt:1: \"0x10\" is not a whole number from -2147483648 to 2147483647; usage: "
-              "set_orientation DEGREES");
+    const std::string kReal = " is not a number; usage: set_volume LINEAR_VOLUME";
+    const std::string kUnsigned = " is not a whole number from 0 to 4294967295; usage: ";
+    const std::string kInteger =
+        " is not a whole number from -2147483648 to 2147483647; usage: "
+        "set_orientation DEGREES";
+    const std::vector<std::pair<std::string, std::string>> rows = {
+        {"set_volum 0.5", "unknown call \"set_volum\""},
+        {"set_active 1",
+         "set_active takes 2 argument(s), 1 given; usage: set_active OUTPUT_MODE SOUND_MODE"},
+        {"flush now", "flush takes 0 argument(s), 1 given; usage: flush"},
+        {"get", "get takes 1 argument(s), 0 given; usage: get MESSAGE FIELDS..."},
+        // A message's own fault ends with the message's usage.
+        {"set SetParameter 131", "too few fields; usage: SetParameter ID VALUE"},
+        {"tuning maybe", "\"maybe\" is not on or off; usage: tuning on|off"},
+        {"set_bypass 2", "\"2\" is not 0 or 1; usage: set_bypass 0|1"},
+        {"set_volume loud", "\"loud\"" + kReal},
+        {"set_volume 0.5x", "\"0.5x\"" + kReal},
+        {"set_volume nan", "\"nan\"" + kReal},
+        {"set_parameter -1 0", "\"-1\"" + kUnsigned + "set_parameter ID VALUE"},
+        {"set_parameter 1.5 0", "\"1.5\"" + kUnsigned + "set_parameter ID VALUE"},
+        {"set_output_mode 4294967296",
+         "\"4294967296\"" + kUnsigned + "set_output_mode OUTPUT_MODE"},
+        {"set_orientation 2147483648", "\"2147483648\"" + kInteger},
+        {"set_orientation 0x10", "\"0x10\"" + kInteger},
+    };
+    for (const auto& [line, error] : rows) EXPECT_EQ(ErrorOf(line + "\n"), "s.txt:1: " + error);
+    EXPECT_EQ(ParseScenario("get GetParameter 131 # read back\n", "s")[0].frame,
+              (std::vector<char>{10, 0, 0, 0, static_cast<char>(0x83), 0, 0, 0}));
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <stdlib.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -25,12 +23,9 @@ struct CommandResult {
 /// a redirection of standard input), after the shell commands of setup ("ulimit -f 8; ").
 inline CommandResult RunZbctl(const std::string& arguments, const std::string& setup = "") {
     CommandResult result;
-    char errPath[] = "/tmp/zbctl-stderr-XXXXXX";
-    const int fd = mkstemp(errPath);
-    if (fd < 0) return result;
-    close(fd);
+    const TesselFX::test::TempDir dir;
     const std::string command =
-        setup + std::string(ZBCTL_BINARY) + " " + arguments + " 2>" + errPath;
+        setup + std::string(ZBCTL_BINARY) + " " + arguments + " 2>" + dir.Path("stderr");
     FILE* pipe = popen(command.c_str(), "r");
     if (pipe != nullptr) {
         char buffer[4096];
@@ -43,13 +38,12 @@ inline CommandResult RunZbctl(const std::string& arguments, const std::string& s
     // limit, which may also cut the last of these lines short) on standard error; they are not
     // zbctl's.
     const std::string gcov = "libgcov profiling error:";
-    std::istringstream lines(TesselFX::test::ReadFile(errPath));
+    std::istringstream lines(TesselFX::test::ReadFile(dir.Path("stderr")));
     for (std::string line; std::getline(lines, line);) {
         const size_t compared = std::min(line.size(), gcov.size());
         if (line.empty() || line.compare(0, compared, gcov, 0, compared) != 0)
             result.err += line + "\n";
     }
-    unlink(errPath);
     return result;
 }
 

@@ -1,7 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <sstream>
+
 #include "ZbctlError.h"
 #include "ZpsBinary.h"
+#include "ZpsJson.h"
 
 namespace TesselFX {
 namespace zbctl {
@@ -53,107 +57,67 @@ const std::vector<char> kUserFile = Bytes({
     0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,  // no items, priority 0, flags 0, "", ""
 });
 
-ZpsDocument SystemDocument() {
-    ZpsDocument document;
-    document.remarks = "R";
-    ZpsPreset preset;
-    preset.outputMode = 1;
-    preset.soundMode = 2;
-    preset.subtypeMask = 4;
-    preset.name = "A";
-    preset.flags = 1;
-    preset.priority = 3;
-    preset.parameters[7] = 1.0;
-    LinkLawEntry entry;
-    entry.MasterControlId = 2800;
-    entry.SourceControlId = 0;
-    entry.TargetParamId = 111;
-    entry.masterValues = {0.0f};
-    entry.targetValues = {2.0f};
-    preset.linkLaws.push_back(entry);
-    document.systemPresets = std::vector<ZpsPreset>{preset};
-    return document;
+// The same two files in the JSON form of zps build and zps dump --json.
+const std::string kSystemJson = R"({"remarks": "R", "presets": [{
+    "output_mode": 1, "sound_mode": 2, "subtypes": [2], "name": "A", "default_sound_mode": true,
+    "priority": 3, "parameters": {"7": 1.0},
+    "link_laws": [{"source": 0, "target": 111, "points": [[0.0, 2.0]]}]}]})";
+const std::string kUserJson = R"({"user": {
+    "enabled_subtypes": [{"output_mode": 1, "sound_mode": 2, "subtypes": [1, 2]}],
+    "presets": [{"output_mode": 1, "sound_mode": 2, "name": ""}]}})";
+
+ZpsDocument FromJson(const std::string& text) {
+    WarningList warnings;
+    return ZpsFromJson(nlohmann::json::parse(text), warnings);
 }
 
-TEST(ZpsBinary, WritesTheFileByteForByte) {
-    WarningList warnings;
-    EXPECT_EQ(EncodeZps(SystemDocument(), warnings), kSystemFile);
-
-    ZpsDocument user;
-    user.user.emplace();
-    user.user->enabledMasks.push_back({1, 2, 6});
-    ZpsPreset empty;
-    empty.outputMode = 1;
-    empty.soundMode = 2;
-    user.user->presets.push_back(empty);
-    EXPECT_EQ(EncodeZps(user, warnings), kUserFile);
-    EXPECT_TRUE(warnings.Empty());
-}
-
-TEST(ZpsBinary, ReadsBackWhatItWrote) {
-    ZpsDecodeNotes notes;
-    WarningList warnings;
-    const ZpsDocument document = DecodeZps(kSystemFile, notes);
-    EXPECT_TRUE(notes.warnings.Empty());
-    EXPECT_EQ(notes.incomplete, "");
-    EXPECT_FALSE(document.information);
-    EXPECT_EQ(document.remarks, std::optional<std::string>("R"));
-    ASSERT_TRUE(document.systemPresets);
-    ASSERT_EQ(document.systemPresets->size(), 1u);
-    const ZpsPreset& preset = document.systemPresets->front();
-    EXPECT_EQ(preset.subtypeMask, 4u);
-    EXPECT_EQ(preset.priority, 3u);
-    EXPECT_EQ(preset.flags, 1u);
-    EXPECT_EQ(preset.parameters, (std::map<unsigned int, double>{{7, 1.0}}));
-    ASSERT_EQ(preset.linkLaws.size(), 1u);
-    EXPECT_EQ(preset.linkLaws[0].TargetParamId, 111u);
-    EXPECT_EQ(preset.linkLaws[0].targetValues, std::vector<float>{2.0f});
-    EXPECT_TRUE(preset.chunks.empty());
-    EXPECT_EQ(EncodeZps(document, warnings), kSystemFile);
-
-    const ZpsDocument user = DecodeZps(kUserFile, notes);
-    ASSERT_TRUE(user.user);
-    EXPECT_FALSE(user.systemPresets);
-    ASSERT_EQ(user.user->enabledMasks.size(), 1u);
-    EXPECT_EQ(user.user->enabledMasks[0].mask, 6u);
-    EXPECT_EQ(EncodeZps(user, warnings), kUserFile);
-    EXPECT_TRUE(LibraryRefusal(kSystemFile).empty());
-    EXPECT_TRUE(LibraryRefusal(kUserFile).empty());
+TEST(ZpsBinary, WritesAndReadsTheFileByteForByte) {
+    for (const auto& [json, file] :
+         {std::make_pair(kSystemJson, kSystemFile), std::make_pair(kUserJson, kUserFile)}) {
+        WarningList warnings;
+        EXPECT_EQ(EncodeZps(FromJson(json), warnings), file);
+        EXPECT_TRUE(warnings.Empty());
+        ZpsDecodeNotes notes;
+        const ZpsDocument document = DecodeZps(file, notes);
+        EXPECT_TRUE(notes.warnings.Empty());
+        EXPECT_EQ(notes.incomplete, "");
+        std::ostringstream dump;
+        PrintZpsJson(dump, document, PresetStreamOf(document));
+        EXPECT_EQ(nlohmann::json::parse(dump.str()), nlohmann::json::parse(json));
+        EXPECT_TRUE(LibraryRefusal(file).empty());
+    }
 }
 
 TEST(ZpsBinary, RefusesValuesThatDoNotFitTheirFields) {
-    const auto errorOf = [](const ZpsDocument& document) -> std::string {
-        try {
-            WarningList warnings;
-            EncodeZps(document, warnings);
-        } catch (const ZbctlError& e) {
-            return e.what();
-        }
-        return "";
+    const std::vector<std::pair<std::function<void(ZpsPreset&)>, std::string>> rows = {
+        {[](ZpsPreset& p) { p.outputMode = 256; },
+         "preset \"A\" (om 256, sm 2): output mode 256 does not fit in 8 bits"},
+        {[](ZpsPreset& p) { p.parameters[65536] = 0.0; },
+         "preset \"A\" (om 1, sm 2): parameter id 65536 does not fit in 16 bits"},
+        {[](ZpsPreset& p) { p.name = std::string(256, 'n'); },
+         "preset \"" + std::string(256, 'n') + "\" (om 1, sm 2): name is longer than 255 bytes"},
+        {[](ZpsPreset& p) {
+             p.chunks[1] = {1, 2};
+         },
+         "preset \"A\" (om 1, sm 2) has link laws and a raw chunk 1 at once"},
+        {[](ZpsPreset& p) { p.chunks[2] = std::vector<char>(65536); },
+         "preset \"A\" (om 1, sm 2): size of chunk 2 65536 does not fit in 16 bits"},
+        {[](ZpsPreset& p) {
+             for (unsigned int id = 0; id < 65535; ++id) p.parameters[id] = 0;
+         },
+         "preset \"A\" (om 1, sm 2): item count 65536 does not fit in 16 bits"},
     };
-    ZpsDocument document = SystemDocument();
-    (*document.systemPresets)[0].outputMode = 256;
-    EXPECT_EQ(errorOf(document),
-              "preset \"A\" (om 256, sm 2): output mode 256 does not fit in 8 bits");
-    document = SystemDocument();
-    (*document.systemPresets)[0].parameters[65536] = 0.0;
-    EXPECT_EQ(errorOf(document),
-              "preset \"A\" (om 1, sm 2): parameter id 65536 does not fit in 16 bits");
-    document = SystemDocument();
-    (*document.systemPresets)[0].name = std::string(256, 'n');
-    EXPECT_NE(errorOf(document).find("name is longer than 255 bytes"), std::string::npos);
-    document = SystemDocument();
-    (*document.systemPresets)[0].chunks[1] = {1, 2};
-    EXPECT_EQ(errorOf(document),
-              "preset \"A\" (om 1, sm 2) has link laws and a raw chunk 1 at once");
-    document = SystemDocument();
-    (*document.systemPresets)[0].chunks[2] = std::vector<char>(65536);
-    EXPECT_EQ(errorOf(document),
-              "preset \"A\" (om 1, sm 2): size of chunk 2 65536 does not fit in 16 bits");
-    document = SystemDocument();
-    for (unsigned int id = 0; id < 65535; ++id) (*document.systemPresets)[0].parameters[id] = 0;
-    EXPECT_EQ(errorOf(document),
-              "preset \"A\" (om 1, sm 2): item count 65536 does not fit in 16 bits");
+    for (const auto& [change, error] : rows) {
+        ZpsDocument document = FromJson(kSystemJson);
+        change(document.systemPresets->front());
+        WarningList warnings;
+        try {
+            EncodeZps(document, warnings);
+            ADD_FAILURE() << "accepted: " << error;
+        } catch (const ZbctlError& e) {
+            EXPECT_EQ(e.what(), error);
+        }
+    }
 }
 
 TEST(ZpsBinary, WritesTheRecordSizeOfALongPresetAsTheLibraryDoes) {

@@ -22,52 +22,38 @@ std::string ErrorOf(const std::string& text) {
     return "";
 }
 
-TEST(ZpsJson, ReadsEveryField) {
-    WarningList warnings;
-    const ZpsDocument document = ZpsFromJson(Json::parse(R"({
+TEST(ZpsJson, ReadsEveryFieldAndWritesItBackWithDefaultsLeftOut) {
+    const Json source = Json::parse(R"({
       "information": {"value": 7, "bytes": [1, 2, 3, 4], "word": 9},
       "tags": {"3": "three"},
       "presets": [{"output_mode": 1, "sound_mode": 2, "subtypes": [0, 3], "name": "P",
                    "remarks": "r", "default_sound_mode": true, "flags": 4, "priority": 5,
-                   "parameters": {"10": -1.5},
+                   "parameters": {"2": 0.1, "10": -1.5},
                    "link_laws": [{"source": 1, "target": 20, "points": [[0, 1], [1000, 2]],
-                                  "extra": [0.5, 0]}],
-                   "chunks": {"2": "00ff10"}}],
-      "user": {"enabled_subtypes": [{"output_mode": 1, "sound_mode": 2, "subtypes": [3]}]}
-    })"),
-                                             warnings);
-    EXPECT_TRUE(warnings.Empty());
-    ASSERT_TRUE(document.information);
-    EXPECT_EQ(document.information->value, 7u);
-    EXPECT_EQ(document.information->bytes[3], 4u);
-    EXPECT_EQ(document.tags.at(3), "three");
-    const ZpsPreset& preset = document.systemPresets->at(0);
-    EXPECT_EQ(preset.subtypeMask, 0x9u);
-    EXPECT_EQ(preset.flags, 0x5u);
-    EXPECT_EQ(preset.priority, 5u);
-    EXPECT_EQ(preset.parameters.at(10), -1.5);
-    const LinkLawEntry& law = preset.linkLaws.at(0);
-    EXPECT_EQ(law.SourceControlId, 1u);
-    EXPECT_EQ(law.MasterControlId, 2801u);  // the master of source 1 by default
-    EXPECT_EQ(law.masterValues, (std::vector<float>{0, 1000}));
-    EXPECT_EQ(law.targetValues, (std::vector<float>{1, 2}));
-    EXPECT_EQ(law.extraValue0, 0.5f);
-    EXPECT_EQ(preset.chunks.at(2), (std::vector<char>{0, static_cast<char>(0xFF), 0x10}));
-    EXPECT_EQ(document.user->enabledMasks.at(0).mask, 0x8u);
-}
-
-TEST(ZpsJson, WritesWhatItReadsWithDefaultsLeftOut) {
-    const Json source = Json::parse(R"({
-      "presets": [{"output_mode": 1, "sound_mode": 2, "subtypes": [4], "name": "P",
-                   "parameters": {"2": 0.1, "10": 3},
-                   "link_laws": [{"source": 0, "master": 2900, "target": 5,
-                                  "points": [[0.1, 0.3], [1000, -2.5]], "method": "Log",
-                                  "version": 0}]},
+                                  "extra": [0.5, 0]},
+                                 {"source": 0, "master": 2900, "target": 5,
+                                  "points": [[0.1, 0.3]], "method": "Log", "version": 0}],
+                   "chunks": {"2": "00ff10"}},
                   {"output_mode": 3, "sound_mode": 4, "name": ""}],
-      "user": {"presets": [{"output_mode": 1, "sound_mode": 2, "name": "U", "flags": 2}]}
+      "user": {"enabled_subtypes": [{"output_mode": 1, "sound_mode": 2, "subtypes": [3]}],
+               "presets": [{"output_mode": 1, "sound_mode": 2, "name": "U", "flags": 2}]}
     })");
     WarningList warnings;
     const ZpsDocument document = ZpsFromJson(source, warnings);
+    EXPECT_EQ(warnings.Lines(),
+              std::vector<std::string>{"presets[0].link_laws[1].method: the library computes only "
+                                       "\"Linear\" link laws; \"Log\" gives the target no value"});
+    EXPECT_EQ(document.information->word, 9u);
+    EXPECT_EQ(document.information->bytes[3], 4u);
+    const ZpsPreset& preset = document.systemPresets->at(0);
+    EXPECT_EQ(preset.subtypeMask, 0x9u);
+    EXPECT_EQ(preset.flags, 0x5u);
+    const LinkLawEntry& law = preset.linkLaws.at(0);
+    EXPECT_EQ(law.MasterControlId, 2801u);  // the master of source 1 by default
+    EXPECT_EQ(law.extraValue0, 0.5f);
+    EXPECT_EQ(preset.chunks.at(2), (std::vector<char>{0, static_cast<char>(0xFF), 0x10}));
+    EXPECT_EQ(document.user->enabledMasks.at(0).mask, 0x8u);
+
     std::ostringstream out;
     PrintZpsJson(out, document, PresetStreamOf(document));
     EXPECT_EQ(Json::parse(out.str()), source);
@@ -115,43 +101,34 @@ TEST(ZpsJson, WarnsOfWhatTheLibraryTakesOtherwiseThanMeant) {
 }
 
 TEST(ZpsJson, ErrorsNameThePath) {
-    // Text that is not JSON, or holds a number no double holds, is refused by the parser.
-    EXPECT_EQ(ErrorOf(R"({"presets": [})"),
-              "[json.exception.parse_error.101] parse error at line 1, column 14: syntax error "
-              "while parsing value - unexpected '}'; expected '[', '{', or a literal");
-    EXPECT_EQ(ErrorOf(R"({"presets": [{"output_mode": 1e9999}]})"),
-              "[json.exception.out_of_range.406] number overflow parsing '1e9999'");
-    EXPECT_EQ(ErrorOf(R"({"preset": []})"), "(top): unknown key \"preset\"");
-    EXPECT_EQ(
-        ErrorOf(
-            R"({"presets": [{"output_mode": 1, "sound_mode": 1, "name": "x", "paramters": {}}]})"),
-        "presets[0]: unknown key \"paramters\"");
-    EXPECT_EQ(ErrorOf(R"({"presets": [{"output_mode": 256, "sound_mode": 1, "name": "x"}]})"),
-              "presets[0].output_mode: must be a whole number from 0 to 255");
-    EXPECT_EQ(ErrorOf(R"({"presets": [{"output_mode": -1, "sound_mode": 1, "name": "x"}]})"),
-              "presets[0].output_mode: must be a whole number from 0 to 255");
-    EXPECT_EQ(ErrorOf(R"({"presets": [{"output_mode": 1, "name": "x"}]})"),
-              "presets[0]: \"sound_mode\" is missing");
-    EXPECT_EQ(ErrorOf(R"({"presets": [{"output_mode": 1, "sound_mode": 1, "name": "x",
-                                      "parameters": {"65536": 1}}]})"),
-              "presets[0].parameters: key \"65536\" must be a whole number from 0 to 65535");
-    EXPECT_EQ(ErrorOf(R"({"presets": [{"output_mode": 1, "sound_mode": 1, "name": "x",
-                                      "parameters": {"7": "loud"}}]})"),
-              "presets[0].parameters.7: must be a number");
-    EXPECT_EQ(
-        ErrorOf(
-            R"({"presets": [{"output_mode": 1, "sound_mode": 1, "name": "x", "subtypes": [32]}]})"),
-        "presets[0].subtypes[0]: must be a whole number from 0 to 31");
-    EXPECT_EQ(ErrorOf(R"({"presets": [{"output_mode": 1, "sound_mode": 1, "name": "x",
-                                      "link_laws": [{"source": 0, "target": 1, "points": [[1]]}]}]})"),
-              "presets[0].link_laws[0].points[0]: must be [master, target]");
-    EXPECT_EQ(ErrorOf(R"({"presets": [{"output_mode": 1, "sound_mode": 1, "name": "x",
-                                      "link_laws": [{"source": 0, "target": 1, "points": [[1e39, 0]]}]}]})"),
-              "presets[0].link_laws[0].points[0][0]: does not fit in a float");
-    EXPECT_EQ(
-        ErrorOf(
-            R"({"presets": [{"output_mode": 1, "sound_mode": 1, "name": "x", "chunks": {"2": "0g"}}]})"),
-        "presets[0].chunks.2: \"0g\" is not a hexadecimal byte");
+    const std::string preset = R"({"presets": [{"output_mode": 1, "sound_mode": 1, "name": "x", )";
+    const std::string law = R"("link_laws": [{"source": 0, "target": 1, "points": )";
+    const std::vector<std::pair<std::string, std::string>> rows = {
+        // Text that is not JSON, or holds a number no double holds, is refused by the parser.
+        {R"({"presets": [})",
+         "[json.exception.parse_error.101] parse error at line 1, column 14: syntax error while "
+         "parsing value - unexpected '}'; expected '[', '{', or a literal"},
+        {R"({"presets": [{"output_mode": 1e9999}]})",
+         "[json.exception.out_of_range.406] number overflow parsing '1e9999'"},
+        {R"({"preset": []})", "(top): unknown key \"preset\""},
+        {preset + R"("paramters": {}}]})", "presets[0]: unknown key \"paramters\""},
+        {R"({"presets": [{"output_mode": 256, "sound_mode": 1, "name": "x"}]})",
+         "presets[0].output_mode: must be a whole number from 0 to 255"},
+        {R"({"presets": [{"output_mode": -1, "sound_mode": 1, "name": "x"}]})",
+         "presets[0].output_mode: must be a whole number from 0 to 255"},
+        {preset + R"("parameters": {"65536": 1}}]})",
+         "presets[0].parameters: key \"65536\" must be a whole number from 0 to 65535"},
+        {preset + R"("parameters": {"7": "loud"}}]})", "presets[0].parameters.7: must be a number"},
+        {preset + R"("subtypes": [32]}]})",
+         "presets[0].subtypes[0]: must be a whole number from 0 to 31"},
+        {preset + law + "[[1]]}]}]}",
+         "presets[0].link_laws[0].points[0]: must be [master, target]"},
+        {preset + law + "[[1e39, 0]]}]}]}",
+         "presets[0].link_laws[0].points[0][0]: does not fit in a float"},
+        {preset + R"("chunks": {"2": "0g"}}]})",
+         "presets[0].chunks.2: \"0g\" is not a hexadecimal byte"},
+    };
+    for (const auto& [text, error] : rows) EXPECT_EQ(ErrorOf(text), error) << text;
 }
 
 TEST(ZpsJson, BuildThenDumpRoundTripsTheExample) {

@@ -168,9 +168,8 @@ std::string LooseReading(const NumberToken& number) {
 
 }  // namespace
 
-ConfigChecker::ConfigChecker(const std::string& path) : m_path(path) {
-    const std::vector<char> bytes = ReadFileBytes(path, "configuration");
-    m_text.assign(bytes.begin(), bytes.end());
+ConfigChecker::ConfigChecker(const std::string& path)
+    : m_path(path), m_text(ReadText(path, "configuration")) {
     // The library's reader stops at the first NUL byte, and so does everything below.
     const size_t nul = m_text.find('\0');
     if (nul != std::string::npos) {

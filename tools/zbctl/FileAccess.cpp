@@ -76,6 +76,11 @@ std::vector<char> ReadFileBytes(const std::string& path, const std::string& what
     return bytes;
 }
 
+std::string ReadText(const std::string& path, const std::string& what) {
+    const std::vector<char> bytes = ReadFileBytes(path, what);
+    return std::string(bytes.begin(), bytes.end());
+}
+
 void RefuseOutputOverInputs(const std::string& output, const std::vector<std::string>& inputs) {
     struct stat target {};
     if (output.empty() || stat(output.c_str(), &target) != 0) return;

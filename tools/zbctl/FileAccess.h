@@ -11,6 +11,8 @@ namespace zbctl {
 /// pipe). Throws ZbctlError "cannot read WHAT PATH: CAUSE", the cause being the system's text
 /// ("Is a directory", "No such file or directory").
 std::vector<char> ReadFileBytes(const std::string& path, const std::string& what);
+/// The same content as text.
+std::string ReadText(const std::string& path, const std::string& what);
 
 /// Throws UsageError when output is the same file as one of inputs: compared by device and
 /// inode, so that another spelling of the path, a symbolic or a hard link is caught too.

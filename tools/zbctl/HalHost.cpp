@@ -19,15 +19,15 @@
 namespace TesselFX {
 namespace zbctl {
 
-std::string ReadText(const std::string& path, const std::string& what) {
-    const std::vector<char> bytes = ReadFileBytes(path, what);
-    return std::string(bytes.begin(), bytes.end());
-}
+namespace {
 
-std::string PrintableText(const char* data, size_t size) {
-    if (size > 0 && data[size - 1] == '\0') --size;  // a closing terminator
+// The text of a notification: a closing terminator dropped, the rest escaped.
+std::string NotificationText(const char* data, size_t size) {
+    if (size > 0 && data[size - 1] == '\0') --size;
     return Printable(data, size);
 }
+
+}  // namespace
 
 HalHost::HalHost(const HostOptions& options) : m_options(options) {}
 
@@ -119,7 +119,7 @@ int HalHost::SendTrampoline(void*, uint32_t instance, const void* data, uint32_t
 int HalHost::NotifyTrampoline(void*, const void* data, uint32_t size, void* context) {
     auto* host = static_cast<HalHost*>(context);
     if (host->m_listener)
-        host->m_listener->OnNotification(PrintableText(static_cast<const char*>(data), size));
+        host->m_listener->OnNotification(NotificationText(static_cast<const char*>(data), size));
     return 0;
 }
 

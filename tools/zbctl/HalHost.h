@@ -22,13 +22,6 @@ struct HostOptions {
     std::string dspKit;       ///< the algorithm library of both the library and the DSP side
 };
 
-/// The whole content of a file as text; throws as ReadFileBytes does.
-std::string ReadText(const std::string& path, const std::string& what);
-
-/// Printable text of a notification or reply: a closing terminator dropped, the rest as
-/// Printable has it. It never holds a line end.
-std::string PrintableText(const char* data, size_t size);
-
 /// The host side of libzbhalcontroller.so on a desk machine, as an audio HAL has it: the
 /// library loaded with dlopen, one handle, and behind buffer_sender a simulated DSP per
 /// instance. The library reads the DSP library's path from its configuration, so it is given a
@@ -46,7 +39,8 @@ class HalHost {
         /// and answered status (0 served, -1 refused).
         virtual void OnFrame(uint32_t instance, uint32_t size, const DspExchange& exchange,
                              int status) = 0;
-        /// A notification, as PrintableText.
+        /// A notification: its closing terminator dropped, the rest as Printable has it, so
+        /// that it never holds a line end.
         virtual void OnNotification(const std::string& text) = 0;
     };
 

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <map>
-#include <memory>
 #include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
@@ -61,7 +60,6 @@ class ScenarioRunner : private HalHost::IListener {
                  int status) override;
     void OnNotification(const std::string& text) override;
 
-    int Call(const ScenarioStep& step);
     void BeginCall(size_t line, const std::string& text);
     void EndCall(int result, const std::string& detail = "");
     /// Prints the header of the call being traced, once, before its first event.

@@ -3,8 +3,10 @@
 #include <charconv>
 #include <csignal>
 
+#include "Printable.h"
 #include "Scenario.h"
 #include "ZbctlError.h"
+#include "protocol/ZbAocTuningProtocol.h"
 
 namespace TesselFX {
 namespace zbctl {
@@ -36,7 +38,7 @@ void Arity(const std::vector<std::string>& words, size_t least, size_t most,
 
 // The instance that a notification text names first ("dsp_instance=N;..."), if it does.
 bool NamedInstance(const std::string& text, uint32_t& instance) {
-    static const std::string kKey = "dsp_instance=";
+    static const std::string kKey = std::string(ZbAocTuningProtocol::kDspInstanceKey) + "=";
     if (text.compare(0, kKey.size(), kKey) != 0) return false;
     const char* end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data() + kKey.size(), end, instance);
@@ -145,7 +147,7 @@ std::string Server::Answer(ServeClient::State& state, const std::vector<std::str
             words.size() == 4 ? Number(words[3], ServeClient::kMaxLine, usage) : kDefaultReplyRoom;
         std::string reply;
         if (!m_host.GetCommand(instance, words[2], room, reply)) return "fail";
-        return "reply " + PrintableText(reply.data(), reply.size());
+        return "reply " + Printable(reply);
     }
     if (request == "frames") {
         Arity(words, 1, 1, "frames on|off");
@@ -175,7 +177,7 @@ std::string Server::Answer(ServeClient::State& state, const std::vector<std::str
     std::string version;
     const int result = m_host.Call(step, version);
     return "= " + std::to_string(result) +
-           (version.empty() ? "" : " \"" + PrintableText(version.data(), version.size()) + "\"");
+           (version.empty() ? "" : " \"" + Printable(version) + "\"");
 }
 
 void Server::OnFrame(uint32_t instance, uint32_t size, const DspExchange& exchange, int) {

@@ -35,6 +35,17 @@ struct Command {
     std::function<int()> run;
 };
 
+// The result of work; a ZbctlError that it throws is thrown again naming file first:
+// "FILE: reason".
+template <typename Work>
+auto NamingFile(const std::string& file, Work work) -> decltype(work()) {
+    try {
+        return work();
+    } catch (const ZbctlError& e) {
+        throw ZbctlError(file + ": " + e.what());
+    }
+}
+
 void PrintWarnings(const std::string& name, const WarningList& warnings) {
     for (const std::string& line : warnings.Lines())
         std::cerr << Printable(name + ": warning: " + line) << "\n";
@@ -44,12 +55,9 @@ int ZpsBuild(const std::string& source, const std::string& target) {
     RefuseOutputOverInputs(target, {source});
     const std::vector<char> text = ReadFileBytes(source, "");
     WarningList warnings;
-    std::vector<char> bytes;
-    try {
-        bytes = EncodeZps(ZpsFromJson(ParseZpsJson(text, warnings), warnings), warnings);
-    } catch (const ZbctlError& e) {
-        throw ZbctlError(source + ": " + e.what());
-    }
+    const std::vector<char> bytes = NamingFile(source, [&] {
+        return EncodeZps(ZpsFromJson(ParseZpsJson(text, warnings), warnings), warnings);
+    });
     PrintWarnings(source, warnings);
     WriteFileWhole(target, bytes);
     return kExitSuccess;
@@ -66,12 +74,9 @@ int ZpsDump(const std::string& path, bool json) {
     // that memory stays that of the file whatever it holds.
     size_t counts[2] = {0, 0};
     ZpsDecodeNotes notes;
-    ZpsDocument document;
-    try {
-        document = DecodeZps(bytes, notes, [&counts](ZpsPreset&&, bool user) { ++counts[user]; });
-    } catch (const ZbctlError& e) {
-        throw ZbctlError(path + ": " + e.what());
-    }
+    const ZpsDocument document = NamingFile(path, [&] {
+        return DecodeZps(bytes, notes, [&counts](ZpsPreset&&, bool user) { ++counts[user]; });
+    });
     PrintWarnings(path, notes.warnings);
     const ZpsPresetStream presets = PresetStreamOf(bytes, counts[0], counts[1]);
     if (json) {
@@ -89,13 +94,7 @@ int CheckConfig(const std::string& path, const std::string& presets) {
     if (!presets.empty()) {
         const std::vector<char> bytes = ReadFileBytes(presets, "presets");
         ZpsDecodeNotes notes;
-        ZpsDocument document;
-        try {
-            document = DecodeZps(bytes, notes);
-        } catch (const ZbctlError& e) {
-            throw ZbctlError(presets + ": " + e.what());
-        }
-        checker.CheckPresets(document, presets);
+        checker.CheckPresets(NamingFile(presets, [&] { return DecodeZps(bytes, notes); }), presets);
     }
     checker.Print(std::cout);
     return checker.HasErrors() ? kExitFailure : kExitSuccess;
@@ -125,10 +124,7 @@ std::string TextOfArgument(const std::string& argument) {
         text << std::cin.rdbuf();
         return text.str();
     }
-    if (argument.compare(0, 1, "@") == 0) {
-        const std::vector<char> bytes = ReadFileBytes(argument.substr(1), "");
-        return std::string(bytes.begin(), bytes.end());
-    }
+    if (argument.compare(0, 1, "@") == 0) return ReadText(argument.substr(1), "");
     return argument;
 }
 

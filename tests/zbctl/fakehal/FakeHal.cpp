@@ -68,8 +68,9 @@ int zb_set_bypass(void* handle, uint32_t instance, int bypass) {
         SendBlock(handle, instance, 4096,
                   TesselFX::zbctl::test::PassThroughSwitch((bypass & 1) ? 1.0f : 0.0f));
     const std::string text = "bypass=" + std::to_string(bypass & 1);
+    // With its terminator, which the host leaves out of what it shows.
     if (g_fake.notify)
-        g_fake.notify(handle, text.c_str(), static_cast<uint32_t>(text.size()), g_fake.context);
+        g_fake.notify(handle, text.c_str(), static_cast<uint32_t>(text.size() + 1), g_fake.context);
     return sent;
 }
 int zb_set_active(void*, uint32_t, uint32_t, uint32_t) { return 1; }

@@ -145,6 +145,8 @@ class SharedInstanceTest : public StaticControlTest {
 TEST_F(SharedInstanceTest, RoutesAndRefusalsWithTheirLines) {
     using Parameters = std::map<unsigned int, double>;
     double value = 0.0;
+    bool state = false;
+    std::string version;
     std::vector<char> chunk;
     Parameters parameters;
     std::map<uint32_t, CMeterValue> meters;
@@ -210,6 +212,28 @@ TEST_F(SharedInstanceTest, RoutesAndRefusalsWithTheirLines) {
          {"Hifi3zControlHandler[sm=2;om=1;DEV=2;INSTANCE=1;] : SetVolume volume 0.100000 "
           "volumeDb -20.000000dB",
           "ControlHandler::SetVolume trigger LL for new volume, applying new preset."}},
+        // What no exported function reaches: the DSP has no left-right swap; the first handler
+        // tells the enable state and the tuning mode; the tool's writes start tuning.
+        {"left-right swap", [&] { return hal.SetLrSwap(Settings(), true); }, true, {}, 0},
+        {"enable", [&] { return hal.GetEnable(Settings(), state) && state; }, true, {}, 0},
+        {"tuning mode", [&] { return hal.IsTuningMode(Settings(), state) && !state; }, true, {}, 0},
+        {"the host's law lies over every preset", [&] {
+             return hal.SetChunk(Settings(), 1, {law.begin(), law.end()}) &&
+                    hal.GetLinkLawsParametersArray(Settings(), parameters) &&
+                    parameters == Parameters{{1038, 0.5}};
+         }, true, {}, 0},
+        {"the tool's parameters start tuning",
+         [&] { return hal.SetParametersArrayFromTuning(Settings(), {{1054, 4.0}}, false); }, true,
+         {}, 2},
+        {"tuning mode while tuning", [&] { return hal.IsTuningMode(Settings(), state) && state; },
+         true, {}, 0},
+        // Speaker's Movie takes 1054 back; Headset's Music has no value of its own for it.
+        {"leave tuning", [&] { return hal.StartTuningMode(Settings(), false); }, true, {}, 1},
+        {"version of a DSP that answers nothing",
+         [&] { return hal.GetDspVersion(Settings(), version); }, false,
+         {"wrong id 0", "wrong id 0"}, 2},
+        {"tuning is valid", [&] { return hal.GetTuningModeValidation(Settings(), state) && state; },
+         true, {}, 0},
         // The manager keeps a source value of a handler that took it: without a preset the
         // send fails, though the handler keeps the value for its tuning copy.
         {"link-law value", [&] { return hal.SetLinkLawsValue(Settings(), 2, -3.0, 0.5); }, true,

@@ -101,15 +101,16 @@ const Parameters kMusic0x6 = {{10, 1.25}, {11, -6.0}, {12, -3.0}, {20, 0.5}, {21
 const Parameters kMusic0xC = {{10, 1.25}, {11, 4.0}, {12, -3.0}, {20, 8.0}, {21, 2.5}};
 const Parameters kMusic0x4 = {{10, 1.25}, {11, 4.0}, {12, -3.0}, {21, 2.5}};
 const Parameters kMusic0x2 = {{10, 1.25}, {11, -6.0}, {12, 3.0}, {20, 0.5}};
+const Parameters kMusic0x8 = {{10, 1.25}, {11, 2.5}, {12, 3.0}, {20, 8.0}};
 
 const std::vector<char> kVolumeBuffer{'V'};
 const std::vector<char> kPresetBuffer{'P'};
 
-/// Records every buffer it is given.
+/// Records every buffer it is given and answers with result.
 struct RecordingSender : IDspBufferSender {
     bool Send(const std::shared_ptr<CommonSettings>&, const std::vector<char>& buffer) override {
         sent.push_back(buffer);
-        return true;
+        return result;
     }
     bool SendAndReceive(const std::shared_ptr<CommonSettings>&, const std::vector<char>&,
                         std::vector<char>&) override {
@@ -117,6 +118,7 @@ struct RecordingSender : IDspBufferSender {
     }
     void DumpBufferToDsp(const std::vector<char>&) override {}
     Buffers sent;
+    bool result = true;
 };
 
 /// Answers 'V' for the system volume and 'P' for a parameter set, whose map it records.
@@ -253,6 +255,12 @@ TEST_F(ControlHandlerIntegrationTest, VolumeAndOrientationSwitchSubPresetsOnlyOn
     EXPECT_EQ(handler->GetVolume(), 1.0);
     EXPECT_EQ(Current(), kMusic0xC);
     EXPECT_TRUE(capture.ErrorTexts().empty());
+
+    // A failed send is not reported: the state moved and the next full send carries it.
+    sender->result = false;
+    EXPECT_TRUE(handler->SetOrientation(0));
+    expectTraffic(0, {kPresetBuffer}, {kMusic0x8});
+    EXPECT_EQ(capture.ErrorTexts(), std::vector<std::string>{"SendBufferToDsp fail"});
 }
 
 }  // namespace

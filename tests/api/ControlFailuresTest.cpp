@@ -150,6 +150,7 @@ TEST_F(SharedInstanceTest, RoutesAndRefusalsWithTheirLines) {
     std::vector<char> chunk;
     Parameters parameters;
     std::map<uint32_t, CMeterValue> meters;
+    TesselTuning::FullPreset preset;
     ZorbAudioSettings nobody;
     nobody.AddUint("INSTANCE", 2);
     const zorbaudio_stream_volume_t volumes[4] = {
@@ -208,6 +209,11 @@ TEST_F(SharedInstanceTest, RoutesAndRefusalsWithTheirLines) {
          }, true, {}, 0},
         {"volume table of nobody",
          [&] { return hal.SetVolumeTable(nobody.GetSettings(), 4, volumes); }, true, {}, 0},
+        {"full preset for nobody",
+         [&] { return hal.SetFullPresetFromTuning(nobody.GetSettings(), preset, false); }, false,
+         {"no valid ControlHandler"}, 0},
+        {"full preset of nobody", [&] { return hal.GetFullPreset(nobody.GetSettings(), preset); },
+         false, {"no valid ControlHandler"}, 0},
         {"volume", [&] { return hal.SetVolume(Settings(), 0.1); }, true, {}, 0,
          {"Hifi3zControlHandler[sm=2;om=1;DEV=2;INSTANCE=1;] : SetVolume volume 0.100000 "
           "volumeDb -20.000000dB",

@@ -43,6 +43,13 @@ TEST_F(BringupLogTest, SuccessMakesOneHandlerPerControlAndKeepsTheLibraryVersion
     EXPECT_TRUE(capture.ErrorTexts().empty());
     EXPECT_TRUE(capture.Has(1, "make ControlHandler Headset"));
     EXPECT_TRUE(capture.Has(1, "make ControlHandler Speaker"));
+    // Each handler dumps its settings when made.
+    const std::string dump = "virtual void TesselFX::ControlHandler::Dump() const ====";
+    for (const char* settings : {"DEV=2;INSTANCE=1;", "DEV=3;"}) {
+        EXPECT_TRUE(capture.Has(1, settings)) << settings;
+    }
+    EXPECT_EQ(capture.Count(dump + " start ===="), 2u);
+    EXPECT_EQ(capture.Count(dump + "  end  ===="), 2u);
     EXPECT_EQ(Version("dspkit"), "DspKitSim 1.00 stand-in");
     EXPECT_EQ(Version("halcontroller"), "1.553.0.0");
     EXPECT_EQ(MessageBufferSize(), 16000u - 36u);

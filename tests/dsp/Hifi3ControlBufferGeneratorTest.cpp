@@ -114,16 +114,6 @@ TEST(Hifi3ControlBufferGenerator, GroupingNeverCutsABlockAndStartsANewFrameBefor
     EXPECT_EQ(out[1][8], static_cast<char>(222));
 }
 
-TEST(Hifi3ControlBufferGenerator, MeterAndVersionRequestsAreOneOpcodeWord) {
-    Hifi3ControlBufferGenerator generator(nullptr);
-    std::vector<char> out(100, 'z');
-    EXPECT_EQ(generator.MakeGetMetersBuffer(out, {{1, CMeterInfo(1, 1, 1)}}), 0);
-    EXPECT_EQ(out, Bytes({4, 0, 0, 0}));
-    out.assign(2, 'z');
-    EXPECT_EQ(generator.MakeGetVersionBuffer(out), 0);
-    EXPECT_EQ(out, Bytes({5, 0, 0, 0}));
-}
-
 TEST(Hifi3ControlBufferGenerator, OnlyChangedParametersAreConvertedAndSent) {
     auto converter = std::make_shared<FakeConverter>();
     Hifi3ControlBufferGenerator generator(converter);

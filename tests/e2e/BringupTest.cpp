@@ -354,6 +354,12 @@ TEST_F(BringupTest, LinkLawMovesItsTargetWithTheVolume) {
     EXPECT_EQ(Take(), Frames{Frame({Block(4160, {{14, 729.0f}}), Block(4271, {{0, 72.9f}})})});
     ASSERT_EQ(zb_set_volume(m_handle, 1, 1.0), 1);
     EXPECT_EQ(Take(), Frames{Frame({Block(4160, {{14, 1000.0f}}), Block(4271, {{0, 100.0f}})})});
+    // A value given under another preset reaches the law's preset when it comes back.
+    ASSERT_EQ(zb_set_active(m_handle, 1, 1, 1), 1);
+    ASSERT_EQ(zb_set_volume(m_handle, 1, 0.05), 1);
+    Take();
+    ASSERT_EQ(zb_set_active(m_handle, 1, 4, 1), 1);
+    EXPECT_EQ(Take(), Frames{Frame({Block(4160, {{14, 729.0f}}), Block(4271, {{0, 72.9f}})})});
 }
 
 TEST_F(BringupTest, LinkLawValuesMoveTheTargetOnlyWhileLinkLawsAreActive) {

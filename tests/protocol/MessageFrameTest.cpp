@@ -2,24 +2,18 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
-#include <utility>
-
 #include "ProtocolTestSupport.h"
 #include "protocol/BoolMessages.h"
 #include "protocol/CharArrayMessages.h"
 #include "protocol/ChunkMessages.h"
-#include "protocol/FullPresetMessages.h"
 #include "protocol/IdMessages.h"
 #include "protocol/MultipleMessageData.h"
 #include "protocol/ParameterArrayMessages.h"
 #include "protocol/ParameterMessages.h"
-#include "protocol/RequestMetersMessageData.h"
 #include "protocol/RequestMultipleMessageData.h"
 #include "protocol/SetLinkLawsValueMessageData.h"
 #include "protocol/UintArrayMessages.h"
 #include "protocol/UintMessages.h"
-#include "protocol/UpdateMetersMessageData.h"
 
 namespace TesselFX {
 namespace {
@@ -60,54 +54,6 @@ TEST(MessageFrame, GetMessageIdChecksSizeAndRange) {
     EXPECT_FALSE(Load(enable, Bytes({41, 0, 0})));
     ASSERT_TRUE(Load(enable, Bytes({44, 0, 0, 0, 1, 0, 0, 0})));
     EXPECT_TRUE(enable.GetValue());
-}
-
-TEST(MessageFrame, EveryClassCarriesItsId) {
-    const std::vector<std::pair<std::shared_ptr<MessageData>, int>> catalogue = {
-        {std::make_shared<SetParameterMessageData>(), 1},
-        {std::make_shared<ReplyParameterMessageData>(), 2},
-        {std::make_shared<SetParameterArrayMessageData>(), 3},
-        {std::make_shared<ReplyParameterArrayMessageData>(), 4},
-        {std::make_shared<SetChunkMessageData>(), 5},
-        {std::make_shared<GetChunkMessageData>(), 6},
-        {std::make_shared<ReplyChunkMessageData>(), 6},
-        {std::make_shared<GetVersionMessageData>(), 7},
-        {std::make_shared<GetParameterMessageData>(), 10},
-        {std::make_shared<GetParameterArrayMessageData>(), 11},
-        {std::make_shared<SetSoundModeMessageData>(), 12},
-        {std::make_shared<SetOutputModeMessageData>(), 14},
-        {std::make_shared<GetLinkLawParameterArrayMessageData>(), 29},
-        {std::make_shared<RequestLinkLawsSourceParameterMessageData>(), 30},
-        {std::make_shared<UpdateLinkLawsSourceParameterMessageData>(), 31},
-        {std::make_shared<RequestLinkLawsSourceParameterArrayMessageData>(), 33},
-        {std::make_shared<UpdateLinkLawsSourceParameterArrayMessageData>(), 34},
-        {std::make_shared<SetLinkLawsValueMessageData>(), 35},
-        {std::make_shared<RequestMetersMessageData>(), 36},
-        {std::make_shared<UpdateMetersMessageData>(), 37},
-        {std::make_shared<UpdateVersionMessageData>(), 38},
-        {std::make_shared<GetEnableMessageData>(), 39},
-        {std::make_shared<UpdateEnableMessageData>(), 40},
-        {std::make_shared<SetEnableMessageData>(), 41},
-        {std::make_shared<GetBypassMessageData>(), 42},
-        {std::make_shared<UpdateBypassMessageData>(), 43},
-        {std::make_shared<SetBypassMessageData>(), 44},
-        {std::make_shared<FlushMessageData>(), 45},
-        {std::make_shared<WaitForFlushMessageData>(), 46},
-        {std::make_shared<StartTuningModeMessageData>(), 47},
-        {std::make_shared<GetTuningModeValidationMessageData>(), 48},
-        {std::make_shared<ReplyTuningModeValidationMessageData>(), 48},
-        {std::make_shared<ReplyTuningModeMessageData>(), 49},
-        {std::make_shared<SetFullPresetMessageData>(), 50},
-        {std::make_shared<GetFullPresetMessageData>(), 51},
-        {std::make_shared<ReplyFullPresetMessageData>(), 51},
-        {std::make_shared<MultipleMessageData>(), 52},
-        {std::make_shared<RequestMultipleMessageData>(), 53},
-    };
-    for (const auto& entry : catalogue) {
-        const std::vector<char> frame = entry.first->GetBuffer();
-        ASSERT_GE(frame.size(), 4u);
-        EXPECT_EQ(MessageData::GetMessageId(frame.data(), 4), entry.second);
-    }
 }
 
 TEST(MessageFrame, GoldenBytesOfEachBase) {

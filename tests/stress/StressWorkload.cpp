@@ -18,39 +18,32 @@ namespace {
 
 constexpr int kCustomAction = 300;
 
+/// An entry point of the stand-in DSP library (loaded once, never unloaded); aborts when missing.
+template <typename Function>
+Function Entry(const char* name) {
+    static void* const library = dlopen(DSPKIT_SIM_PATH, RTLD_NOW);
+    void* found = library == nullptr ? nullptr : dlsym(library, name);
+    if (found == nullptr) {
+        std::fprintf(stderr, "cannot load %s from %s: %s\n", name, DSPKIT_SIM_PATH, dlerror());
+        std::abort();
+    }
+    return reinterpret_cast<Function>(found);
+}
+
 /// The entry points of the stand-in DSP library that a DSP end uses.
 struct DspKit {
-    decltype(&ZorbEffect_GetEffectSize) getEffectSize;
-    decltype(&ZorbEffect_Initialize) initialize;
-    decltype(&ZorbEffect_Control_Coefficient_Set) coefficientSet;
-    decltype(&ZorbEffect_Meters_GetBuffer) metersGetBuffer;
-    decltype(&ZorbEffect_Revision_Get) revisionGet;
+    decltype(&ZorbEffect_GetEffectSize) getEffectSize =
+        Entry<decltype(getEffectSize)>("ZorbEffect_GetEffectSize");
+    decltype(&ZorbEffect_Initialize) initialize = Entry<decltype(initialize)>("ZorbEffect_Initialize");
+    decltype(&ZorbEffect_Control_Coefficient_Set) coefficientSet =
+        Entry<decltype(coefficientSet)>("ZorbEffect_Control_Coefficient_Set");
+    decltype(&ZorbEffect_Meters_GetBuffer) metersGetBuffer =
+        Entry<decltype(metersGetBuffer)>("ZorbEffect_Meters_GetBuffer");
+    decltype(&ZorbEffect_Revision_Get) revisionGet =
+        Entry<decltype(revisionGet)>("ZorbEffect_Revision_Get");
 
     static const DspKit& Get() {
-        static const DspKit kit = [] {
-            void* library = dlopen(DSPKIT_SIM_PATH, RTLD_NOW);
-            if (library == nullptr) {
-                std::fprintf(stderr, "cannot load %s: %s\n", DSPKIT_SIM_PATH, dlerror());
-                std::abort();
-            }
-            const auto symbol = [library](const char* name) {
-                void* found = dlsym(library, name);
-                if (found == nullptr) std::abort();
-                return found;
-            };
-            DspKit loaded;
-            loaded.getEffectSize =
-                reinterpret_cast<decltype(loaded.getEffectSize)>(symbol("ZorbEffect_GetEffectSize"));
-            loaded.initialize =
-                reinterpret_cast<decltype(loaded.initialize)>(symbol("ZorbEffect_Initialize"));
-            loaded.coefficientSet = reinterpret_cast<decltype(loaded.coefficientSet)>(
-                symbol("ZorbEffect_Control_Coefficient_Set"));
-            loaded.metersGetBuffer = reinterpret_cast<decltype(loaded.metersGetBuffer)>(
-                symbol("ZorbEffect_Meters_GetBuffer"));
-            loaded.revisionGet =
-                reinterpret_cast<decltype(loaded.revisionGet)>(symbol("ZorbEffect_Revision_Get"));
-            return loaded;
-        }();
+        static const DspKit kit;
         return kit;
     }
 };

@@ -34,7 +34,8 @@ Function Entry(const char* name) {
 struct DspKit {
     decltype(&ZorbEffect_GetEffectSize) getEffectSize =
         Entry<decltype(getEffectSize)>("ZorbEffect_GetEffectSize");
-    decltype(&ZorbEffect_Initialize) initialize = Entry<decltype(initialize)>("ZorbEffect_Initialize");
+    decltype(&ZorbEffect_Initialize) initialize =
+        Entry<decltype(initialize)>("ZorbEffect_Initialize");
     decltype(&ZorbEffect_Control_Coefficient_Set) coefficientSet =
         Entry<decltype(coefficientSet)>("ZorbEffect_Control_Coefficient_Set");
     decltype(&ZorbEffect_Meters_GetBuffer) metersGetBuffer =

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <functional>
 
+#include "FailingEntryPoints.h"
 #include "LogCapture.h"
 #include "StaticControlObject.h"
 
@@ -72,6 +73,22 @@ TEST_F(ControlFailuresTest, AFailedSendKeepsTheNewStateForTheNextFullSend) {
     g_sendResult = -1;
     EXPECT_FALSE(m_manager->SetParametersArray(Settings(), many, true));
     EXPECT_EQ(Take().size(), 1u);
+}
+
+TEST_F(ControlFailuresTest, AFailedConversionSendsNothingAndTheNextSendCarriesItsChange) {
+    Take();
+    {
+        FailingEntryPoints fail("ZorbEffect_Control_Deferred_Update");
+        EXPECT_FALSE(m_manager->SetParameter(Settings(), 1006, 5.5));
+    }
+    EXPECT_TRUE(Take().empty());
+    // The DSP still gets 1006 (block 4158, input 14), with the next send beside that send's
+    // own change, 1022 (block 4159, input 14).
+    EXPECT_TRUE(m_manager->SetParameter(Settings(), 1022, 6.5));
+    const Frames frames = Take();
+    ASSERT_EQ(frames.size(), 1u);
+    EXPECT_NE(frames[0].find(Block(4158, {{14, 5.5f}})), std::string::npos);
+    EXPECT_NE(frames[0].find(Block(4159, {{14, 6.5f}})), std::string::npos);
 }
 
 TEST_F(ControlFailuresTest, SettingsOfAnotherVersionOrMissingSelectNothing) {
